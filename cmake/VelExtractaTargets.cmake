@@ -1,0 +1,35 @@
+# The compiler settings of every target, and the three kinds of target of this project.
+
+add_library(velextracta_settings INTERFACE)
+target_compile_options(velextracta_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror)
+if(VELEXTRACTA_SANITIZE)
+    target_compile_options(velextracta_settings INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(velextracta_settings INTERFACE -fsanitize=address,undefined)
+endif()
+
+# A folder of the product: one static library, its headers named from the root ("tkcore/AString.h").
+function(velextracta_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC velextracta_settings ${ARG_LIBRARIES})
+endfunction()
+
+function(velextracta_program name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE velextracta_settings ${ARG_LIBRARIES})
+endfunction()
+
+# A GoogleTest program whose every case is one CTest test.
+function(velextracta_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE
+        velextracta_settings ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    target_compile_definitions(${name} PRIVATE ${ARG_DEFINITIONS})
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,37 @@
+#include "tkcore/AString.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace tkcore {
+
+namespace {
+
+wchar_t lowerCase(wchar_t character) {
+    return character >= L'A' && character <= L'Z' ? character - L'A' + L'a' : character;
+}
+
+}  // namespace
+
+bool AString::MatchNoCase(const AString& other) const {
+    return std::ranges::equal(text, other.text, {}, lowerCase, lowerCase);
+}
+
+std::vector<AString> AString::TokenizeString(const AString& separators, bool keepEmpty) const {
+    std::vector<AString> pieces;
+    std::size_t start = 0;
+    while (start <= text.size()) {
+        const std::size_t end = std::min(text.find_first_of(separators.text, start), text.size());
+        if (keepEmpty || end > start) {
+            pieces.emplace_back(text.substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    return pieces;
+}
+
+std::wostream& operator<<(std::wostream& stream, const AString& string) {
+    return stream << string.text;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,53 @@
+#include <boost/locale/utf.hpp>
+#include <cstddef>
+#include <iterator>
+
+#include "tkcore/CodePage.h"
+
+// The narrow code page is UTF-8 whatever the locale says: a script's LANG=C must not change what
+// a run writes.
+
+namespace tkcore {
+
+namespace {
+
+using Utf8 = boost::locale::utf::utf_traits<char>;
+
+constexpr wchar_t kEscapedByte = 0xDC00;
+constexpr wchar_t kFirstEscape = kEscapedByte + 0x80;
+constexpr wchar_t kLastEscape = kEscapedByte + 0xFF;
+
+}  // namespace
+
+std::wstring widen(std::string_view narrowText) {
+    std::wstring wideText;
+    wideText.reserve(narrowText.size());
+    for (const char* position = narrowText.begin(); position != narrowText.end();) {
+        const char* next = position;
+        const auto character = Utf8::decode(next, narrowText.end());
+        if (boost::locale::utf::is_valid_codepoint(character)) {
+            wideText.push_back(static_cast<wchar_t>(character));
+            position = next;
+        } else {
+            wideText.push_back(kEscapedByte + static_cast<unsigned char>(*position));
+            ++position;
+        }
+    }
+    return wideText;
+}
+
+std::string narrow(std::wstring_view wideText) {
+    std::string narrowText;
+    narrowText.reserve(wideText.size());
+    for (const wchar_t character : wideText) {
+        if (character >= kFirstEscape && character <= kLastEscape) {
+            narrowText.push_back(static_cast<char>(character - kEscapedByte));
+        } else {
+            Utf8::encode(static_cast<boost::locale::utf::code_point>(character),
+                         std::back_inserter(narrowText));
+        }
+    }
+    return narrowText;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace tkcore {
+
+/// From here on a request to end (SIGINT, SIGTERM, SIGHUP) is only noted, for the loops to ask
+/// after; one that the caller of the program had switched off stays off. Also stops a closed
+/// pipe on the standard streams from ending the process.
+void noteInterruptions();
+
+/// The first request to end that has been noted, 0 while there is none.
+int interruption() noexcept;
+
+/// Ends the process by the noted signal, as its caller expects; returns if there is none.
+void endByInterruption();
+
+}  // namespace tkcore

@@ -1,0 +1,46 @@
+#include <array>
+#include <csignal>
+
+#include "tkcore/Interruption.h"
+
+namespace tkcore {
+
+namespace {
+
+constexpr std::array kEndingSignals{SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t notedSignal = 0;
+
+extern "C" void noteSignal(int signal) {
+    if (notedSignal == 0) {
+        notedSignal = signal;
+    }
+}
+
+}  // namespace
+
+void noteInterruptions() {
+    for (const int signal : kEndingSignals) {
+        struct sigaction action {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            action = {};
+            action.sa_handler = noteSignal;
+            action.sa_flags = SA_RESTART;
+            sigaction(signal, &action, nullptr);
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+int interruption() noexcept {
+    return notedSignal;
+}
+
+void endByInterruption() {
+    if (notedSignal != 0) {
+        std::signal(notedSignal, SIG_DFL);
+        std::raise(notedSignal);
+    }
+}
+
+}  // namespace tkcore

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <boost/format.hpp>
 #include <compare>
 #include <iosfwd>
 #include <string>
@@ -8,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include <boost/format.hpp>
 
 #include "tkcore/CodePage.h"
 

@@ -1,8 +1,9 @@
-#include <boost/locale/utf.hpp>
+#include "tkcore/CodePage.h"
+
 #include <cstddef>
 #include <iterator>
 
-#include "tkcore/CodePage.h"
+#include <boost/locale/utf.hpp>
 
 // The narrow code page is UTF-8 whatever the locale says: a script's LANG=C must not change what
 // a run writes.

@@ -3,8 +3,8 @@
 namespace tkcore {
 
 /// From here on a request to end (SIGINT, SIGTERM, SIGHUP) is only noted, for the loops to ask
-/// after; one that the caller of the program had switched off stays off. Also stops a closed
-/// pipe on the standard streams from ending the process.
+/// after; one that the caller of the program had switched off stays off. A write to a closed
+/// pipe, or beyond a limit on the size of files, no longer ends the process either: it fails.
 void noteInterruptions();
 
 /// The first request to end that has been noted, 0 while there is none.

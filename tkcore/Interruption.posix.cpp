@@ -1,7 +1,7 @@
+#include "tkcore/Interruption.h"
+
 #include <array>
 #include <csignal>
-
-#include "tkcore/Interruption.h"
 
 namespace tkcore {
 
@@ -29,7 +29,9 @@ void noteInterruptions() {
             sigaction(signal, &action, nullptr);
         }
     }
+    // A closed pipe and a file that may not grow are errors of a write, to be cleaned up after.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 int interruption() noexcept {

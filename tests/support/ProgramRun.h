@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/TemporaryDirectory.h"
+
+/// How a program is to be started.
+struct Command final {
+    std::vector<std::string> arguments;  // the program first
+    std::map<std::string, std::string> environment;
+    std::filesystem::path directory;
+    std::vector<std::pair<int, rlim_t>> limits;  // RLIMIT_..., soft limit
+};
+
+struct Outcome final {
+    int exitCode = 0;  // 128 + n if signal n ended the program
+    std::string output;
+    std::string errors;
+};
+
+/// A started program; killed with its owner.
+class ProgramRun final {
+public:
+    explicit ProgramRun(const Command& command) : process(fork()) {
+        if (process == 0) {
+            become(command);
+        }
+    }
+    ~ProgramRun() {
+        if (process != 0) {
+            kill(process, SIGKILL);
+            waitpid(process, nullptr, 0);
+        }
+    }
+    ProgramRun(const ProgramRun&) = delete;
+    ProgramRun& operator=(const ProgramRun&) = delete;
+
+    pid_t id() const { return process; }
+
+    Outcome wait() {
+        int status = 0;
+        waitpid(std::exchange(process, 0), &status, 0);
+        return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
+                readFile(streams / "output"), readFile(streams / "errors")};
+    }
+
+private:
+    [[noreturn]] void become(const Command& command) const {
+        const int output = open((streams / "output").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        const int errors = open((streams / "errors").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        dup2(output, STDOUT_FILENO);
+        dup2(errors, STDERR_FILENO);
+        for (const auto& [name, value] : command.environment) {
+            setenv(name.c_str(), value.c_str(), 1);
+        }
+        if (!command.directory.empty()) {
+            std::filesystem::current_path(command.directory);
+        }
+        for (const auto& [resource, limit] : command.limits) {
+            rlimit both{};
+            getrlimit(static_cast<__rlimit_resource>(resource), &both);
+            both.rlim_cur = limit;
+            setrlimit(static_cast<__rlimit_resource>(resource), &both);
+        }
+        std::vector<char*> argv;
+        for (const std::string& argument : command.arguments) {
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        }
+        argv.push_back(nullptr);
+        execv(argv.front(), argv.data());
+        _exit(127);
+    }
+
+    const TemporaryDirectory streams;
+    pid_t process;
+};
+
+inline Outcome runProgram(const Command& command) {
+    return ProgramRun(command).wait();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <utility>
+
+namespace tkcore {
+
+/// An open file of the system, closed with its owner; negative while there is none.
+class FileDescriptor final {
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int openDescriptor) noexcept : descriptor(openDescriptor) {}
+    ~FileDescriptor() { close(); }
+
+    FileDescriptor(FileDescriptor&& other) noexcept
+        : descriptor(std::exchange(other.descriptor, kNone)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(descriptor, other.descriptor);
+        return *this;
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    explicit operator bool() const noexcept { return descriptor >= 0; }
+    [[nodiscard]] int get() const noexcept { return descriptor; }
+
+private:
+    static constexpr int kNone = -1;
+
+    void close() noexcept;
+
+    int descriptor = kNone;
+};
+
+}  // namespace tkcore

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+#include "tkcore/FileDescriptor.h"
+
+namespace tkcore {
+
+/// An existing file or directory opened for reading, with what was known of it at that moment.
+/// Anything else (a pipe, a device, a socket) is refused, without waiting for its other end.
+/// Every failure is a std::system_error that names the path.
+class InputFile final {
+public:
+    explicit InputFile(const std::string& filePath);
+
+    [[nodiscard]] bool isDirectory() const noexcept { return directory; }
+    /// In bytes; 0 for a directory.
+    [[nodiscard]] std::uint64_t size() const noexcept { return bytes; }
+    /// In seconds since 1970, UTC.
+    [[nodiscard]] std::time_t modificationTime() const noexcept { return modified; }
+    /// The twelve permission bits.
+    [[nodiscard]] std::uint32_t permissions() const noexcept { return permissionBits; }
+
+    /// Reads on from where the last read ended. Fewer bytes than asked for only at the file's end.
+    std::size_t read(void* destination, std::size_t size);
+
+private:
+    std::string path;
+    FileDescriptor file;
+    bool directory = false;
+    std::uint64_t bytes = 0;
+    std::time_t modified = 0;
+    std::uint32_t permissionBits = 0;
+};
+
+}  // namespace tkcore

@@ -1,0 +1,107 @@
+#include "tkcore/Log.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+namespace tkcore {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+const Clock::time_point kStart = Clock::now();
+
+/// The log as TKCORE_LOG asks for it, read once.
+class Log final {
+public:
+    Log() {
+        const char* variable = std::getenv("TKCORE_LOG");
+        const std::string_view setting = variable == nullptr ? "" : variable;
+        const std::size_t colon = setting.find(':');
+        if (colon == std::string_view::npos) {
+            return;
+        }
+        int wantedLevel = 0;
+        const char* end = setting.data() + colon;
+        const auto [position, error] = std::from_chars(setting.data(), end, wantedLevel);
+        if (error != std::errc() || position != end) {
+            return;
+        }
+        const std::string path(setting.substr(colon + 1));
+        if (path == "-") {
+            stream = &std::cerr;
+        } else {
+            file.open(path, std::ios::app | std::ios::binary);
+            stream = file.is_open() ? &file : nullptr;
+        }
+        level = stream == nullptr ? -1 : wantedLevel;
+    }
+
+    bool takes(int textLevel) const { return textLevel <= level; }
+
+    void write(std::string_view text) {
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
+            text.remove_suffix(1);
+        }
+        const std::chrono::duration<double> elapsed = Clock::now() - kStart;
+        char stamp[32];
+        const int length = std::snprintf(stamp, sizeof stamp, "%.6f ", elapsed.count());
+        // One write for the whole text keeps the lines of two runs with one log file apart.
+        std::string lines;
+        for (std::size_t start = 0; start <= text.size();) {
+            const std::size_t end = std::min(text.find('\n', start), text.size());
+            lines.append(stamp, static_cast<std::size_t>(length));
+            lines.append(text.substr(start, end - start)).push_back('\n');
+            start = end + 1;
+        }
+        stream->write(lines.data(), static_cast<std::streamsize>(lines.size())).flush();
+    }
+
+private:
+    std::ofstream file;
+    std::ostream* stream = nullptr;
+    int level = -1;
+};
+
+Log& theLog() {
+    static Log log;
+    return log;
+}
+
+void endQuietly() {
+    try {
+        if (const auto exception = std::current_exception()) {
+            std::rethrow_exception(exception);
+        }
+    } catch (const std::exception& exception) {
+        VelDebug(0, "uncaught exception: %s", exception.what());
+    } catch (...) {
+        VelDebug(0, "uncaught exception of an unknown type");
+    }
+    std::abort();
+}
+
+}  // namespace
+
+bool logTakes(int level) {
+    return theLog().takes(level);
+}
+
+void writeLog(int level, const AString& text) {
+    if (logTakes(level)) {
+        theLog().write(VEL_ANSI(text));
+    }
+}
+
+void logUncaughtExceptions() {
+    std::set_terminate(endQuietly);
+}
+
+}  // namespace tkcore

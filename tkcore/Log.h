@@ -1,0 +1,28 @@
+#pragma once
+
+#include "tkcore/AString.h"
+
+namespace tkcore {
+
+/// Whether the log is on and takes texts of this level: 0 failures, 1 and 2 traces.
+///
+/// The environment variable TKCORE_LOG with the value "LEVEL:FILE" turns the log on ("-" as FILE
+/// is standard error). A value of another form, or a file that cannot be opened, leaves it off.
+bool logTakes(int level);
+
+/// Appends the text to the log, each of its lines led by the seconds since the start.
+void writeLog(int level, const AString& text);
+
+/// Trace output; the format is that of AString::Format.
+template <typename... Arguments>
+void VelDebug(int level, const AString& format, const Arguments&... arguments) {
+    if (logTakes(level)) {
+        writeLog(level, AString::Format(format, arguments...));
+    }
+}
+
+/// Lets an exception that nobody catches end the process with its text in the log and without
+/// a word on standard error.
+void logUncaughtExceptions();
+
+}  // namespace tkcore

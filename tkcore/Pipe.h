@@ -1,0 +1,63 @@
+#pragma once
+
+#include <utility>
+
+namespace tkcore {
+
+/// One end of a pipe, closed with its owner.
+class PipeEnd final {
+public:
+    PipeEnd() = default;
+    explicit PipeEnd(int systemDescriptor) : descriptor(systemDescriptor) {}
+    PipeEnd(PipeEnd&& other) noexcept : descriptor(std::exchange(other.descriptor, kClosed)) {}
+    PipeEnd& operator=(PipeEnd&& other) noexcept {
+        std::swap(descriptor, other.descriptor);
+        return *this;
+    }
+    ~PipeEnd() { close(); }
+
+    /// The system's own number of this end; kClosed when it is not open.
+    int systemDescriptor() const noexcept { return descriptor; }
+    void close() noexcept;
+
+    static constexpr int kClosed = -1;
+
+private:
+    int descriptor = kClosed;
+};
+
+/// What users hand around of a pipe: a look at one end, null for none.
+using PipeHandle = const PipeEnd*;
+
+/// An anonymous pipe; neither end reaches a child by itself.
+class CPipe final {
+public:
+    /// False when the system has no descriptors left; both ends are then closed.
+    bool CreatePipe();
+    void Close() noexcept;
+    void closeWriteEnd() noexcept { writeEnd.close(); }
+
+    PipeHandle readHandle() const noexcept { return &readEnd; }
+    PipeHandle writeHandle() const noexcept { return &writeEnd; }
+
+private:
+    PipeEnd readEnd;
+    PipeEnd writeEnd;
+};
+
+/// Reads from the read end of a pipe without ever waiting for bytes.
+class CPipeCommunicator final {
+public:
+    explicit CPipeCommunicator(PipeHandle readHandle) : readEnd(readHandle) {}
+
+    /// With consume, reads up to size bytes into the buffer and sets count to their number;
+    /// without, only sets count to the number of bytes that wait, at most size. Returns 0, or
+    /// the system's error code. Nothing is waited for, whatever the timeout (milliseconds) and
+    /// the wish for a part of the bytes say: both are there for systems whose pipes block.
+    int Read(char* buffer, int size, int& count, bool consume, int timeout, bool acceptPart);
+
+private:
+    PipeHandle readEnd;
+};
+
+}  // namespace tkcore

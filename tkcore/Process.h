@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tkcore/AString.h"
+#include "tkcore/Pipe.h"
+
+namespace tkcore {
+
+/// One started program, with all that descends from it. The record behind a handle belongs to
+/// the core library and lasts to the end of the process: a handle may simply be dropped.
+using ProcessHandle = struct StartedProcess*;
+
+/// What VeltGetProcessExitCode reports while the program runs.
+inline constexpr int kStillRunning = 259;
+
+/// Starts a program in the working directory, without a shell; returns 0, or the system's error
+/// code.
+///
+/// The program is applicationName, or argv[0] where that is empty: a name without a separator is
+/// looked up along PATH only, a relative path is taken from the caller's current directory. An
+/// argument wrapped in double quotes reaches the program without them; nothing else is changed.
+/// The program's input is empty, its two outputs go to the output end where captureOutput and
+/// captureErrors say so and are dropped otherwise; no other descriptor reaches it. It dies with
+/// us, together with everything it has started. Security attributes, creation flags, window and
+/// priority are there for systems that know them.
+int VeltCreateProcess(const AString& applicationName, const AString* argv, int argc,
+                      ProcessHandle& process, const AString& workingDirectory,
+                      const void* processSecurity, const void* threadSecurity, PipeHandle output,
+                      unsigned creationFlags, bool showWindow, bool captureOutput,
+                      bool captureErrors, int priority);
+
+/// Sets exitCode to kStillRunning, or once the program has ended (and every process that it left
+/// behind has been ended too) to its exit code, 128 + n if signal n ended it. Zero on failure.
+int VeltGetProcessExitCode(ProcessHandle process, int& exitCode);
+
+/// Ends the program and all its descendants, also those that changed their process group or
+/// session or have lost their parent, and returns when none is left. Does nothing to a program
+/// that has ended.
+void VeltTerminateProcessTree(ProcessHandle process);
+
+}  // namespace tkcore

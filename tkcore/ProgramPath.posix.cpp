@@ -1,0 +1,59 @@
+#include "tkcore/ProgramPath.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace tkcore {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// 0 if the file can be started, else the reason.
+int startError(const fs::path& file) {
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (error) {
+        return error.value();
+    }
+    return fs::is_regular_file(status) && access(file.c_str(), X_OK) == 0 ? 0 : EACCES;
+}
+
+}  // namespace
+
+int findProgram(const std::string& name, std::string& path) {
+    std::error_code error;
+    if (name.find('/') != std::string::npos) {
+        path = fs::absolute(name, error).string();
+        return error ? error.value() : startError(path);
+    }
+    const char* variable = std::getenv("PATH");
+    std::string_view remaining = variable == nullptr ? "" : variable;
+    int result = ENOENT;
+    while (!name.empty() && !remaining.empty()) {
+        const std::string_view directory = remaining.substr(0, remaining.find(':'));
+        remaining.remove_prefix(std::min(directory.size() + 1, remaining.size()));
+        if (directory.empty()) {
+            continue;
+        }
+        const fs::path candidate = fs::absolute(directory, error) / name;
+        switch (error ? error.value() : startError(candidate)) {
+            case 0:
+                path = candidate.string();
+                return 0;
+            case EACCES:
+                result = EACCES;
+                break;
+            default:
+                break;
+        }
+    }
+    return result;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "tkcore/FileDescriptor.h"
+
+namespace tkcore {
+
+/// A new file that takes the place at its path only by commit(). Dropped before that it leaves no
+/// trace, and an older file stays as it was. Symbolic links at the path are followed; anything
+/// there that is no writable regular file is refused.
+///
+/// Offsets and sizes are in bytes. Every failure is a std::system_error that names the path; once
+/// one has happened, commit() fails too, so that it may be ignored in between.
+class ReplacementFile final {
+public:
+    explicit ReplacementFile(std::string filePath);
+    ~ReplacementFile();
+
+    ReplacementFile(const ReplacementFile&) = delete;
+    ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+    void write(const void* data, std::size_t size);
+    /// The offset from the start of the file at which the next write goes on.
+    void seek(std::uint64_t offset);
+    [[nodiscard]] std::uint64_t tell() const noexcept { return bufferOffset + buffer.size(); }
+
+    /// Brings the bytes to the disk and puts the file at the path in one step.
+    void commit();
+
+private:
+    void openFile();
+    void putInPlace();
+    /// Whether the unnamed file has been given the name; false if there is a file of that name.
+    bool linkUnnamed(const std::string& newName);
+    void flush();
+    void writeOut(const char* data, std::size_t size);
+    void throwEarlierFailure() const;
+    [[noreturn]] void fail(int error, const char* action);
+
+    std::string path;
+    std::string name;           // in the folder, after the links have been followed
+    std::string temporaryName;  // empty while the file has no name that has to be removed
+    FileDescriptor folder;
+    FileDescriptor file;
+    std::uint32_t permissions = 0;
+    bool keepPermissions = false;  // those of an older file, whatever the umask
+    std::vector<char> buffer;
+    std::uint64_t bufferOffset = 0;
+    std::error_code failure;
+};
+
+}  // namespace tkcore

@@ -1,0 +1,208 @@
+#include "tkcore/ReplacementFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <utility>
+
+#include <boost/format.hpp>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tkcore {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+constexpr mode_t kNewFilePermissions = 0666;  // less the umask, which the system takes off
+constexpr mode_t kPermissionBits = 07777;
+constexpr int kMostLinks = 40;
+constexpr int kMostNames = 100;
+
+/// A hidden name of fixed length: one made from the file's own name could grow too long.
+std::string randomHiddenName() {
+    std::random_device random;
+    return (boost::format(".velextracta-%08x%08x") % random() % random()).str();
+}
+
+std::string descriptorPath(const FileDescriptor& descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor.get());
+}
+
+bool descriptorPathsWork(const FileDescriptor& descriptor) {
+    return ::access(descriptorPath(descriptor).c_str(), F_OK) == 0;
+}
+
+/// Where the links at the path end, whether or not there is a file. Links that run in a circle
+/// are left for stat() to complain about.
+std::filesystem::path followLinks(std::filesystem::path path) {
+    for (int links = 0; links < kMostLinks; ++links) {
+        std::error_code error;
+        const auto target = std::filesystem::read_symlink(path, error);
+        if (error) {
+            break;
+        }
+        path = path.parent_path() / target;
+    }
+    return path;
+}
+
+}  // namespace
+
+ReplacementFile::ReplacementFile(std::string filePath) : path(std::move(filePath)) {
+    const std::filesystem::path target = followLinks(path);
+    name = target.filename().string();
+
+    struct stat older {};
+    const bool exists = ::stat(target.c_str(), &older) == 0;
+    if (exists) {
+        if (S_ISDIR(older.st_mode)) {
+            fail(EISDIR, "replace");
+        }
+        if (!S_ISREG(older.st_mode)) {
+            fail(ENOTSUP, "replace what is no regular file,");
+        }
+        if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
+            fail(errno, "replace");
+        }
+    } else if (errno != ENOENT || name.empty()) {
+        fail(errno, "create");
+    }
+
+    // The folder is kept open: the path may be relative, and the current directory may change.
+    const auto parent = target.has_parent_path() ? target.parent_path() : ".";
+    folder = FileDescriptor(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) {
+        fail(errno, "create");
+    }
+    permissions = exists ? older.st_mode & kPermissionBits : kNewFilePermissions;
+    keepPermissions = exists;
+    openFile();
+    buffer.reserve(kBufferSize);
+}
+
+void ReplacementFile::openFile() {
+    // A file without a name is gone with the process, even if that is killed.
+    file =
+        FileDescriptor(::openat(folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, permissions));
+    if (file && descriptorPathsWork(file)) {
+        return;
+    }
+    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+        const std::string candidate = randomHiddenName();
+        file = FileDescriptor(::openat(folder.get(), candidate.c_str(),
+                                       O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, permissions));
+        if (file) {
+            temporaryName = candidate;
+            return;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    fail(errno, "create");
+}
+
+ReplacementFile::~ReplacementFile() {
+    if (!temporaryName.empty()) {
+        ::unlinkat(folder.get(), temporaryName.c_str(), 0);
+    }
+}
+
+void ReplacementFile::write(const void* data, std::size_t size) {
+    throwEarlierFailure();
+    if (buffer.size() + size > kBufferSize) {
+        flush();
+    }
+    const char* bytes = static_cast<const char*>(data);
+    if (size >= kBufferSize) {
+        writeOut(bytes, size);
+    } else {
+        buffer.insert(buffer.end(), bytes, bytes + size);
+    }
+}
+
+void ReplacementFile::seek(std::uint64_t offset) {
+    throwEarlierFailure();
+    if (offset != tell()) {
+        flush();
+        bufferOffset = offset;
+    }
+}
+
+void ReplacementFile::commit() {
+    throwEarlierFailure();
+    flush();
+    if (keepPermissions && ::fchmod(file.get(), permissions) != 0) {
+        fail(errno, "set the permissions of");
+    }
+    // EINVAL: a file system that has nothing to bring to a disk.
+    if (::fsync(file.get()) != 0 && errno != EINVAL) {
+        fail(errno, "write");
+    }
+    putInPlace();
+}
+
+void ReplacementFile::putInPlace() {
+    if (temporaryName.empty()) {
+        if (linkUnnamed(name)) {
+            return;
+        }
+        // A link never replaces a file; a renaming does.
+        for (int attempt = 0; attempt < kMostNames && temporaryName.empty(); ++attempt) {
+            const std::string candidate = randomHiddenName();
+            if (linkUnnamed(candidate)) {
+                temporaryName = candidate;
+            }
+        }
+    }
+    if (::renameat(folder.get(), temporaryName.c_str(), folder.get(), name.c_str()) != 0) {
+        fail(errno, "replace");
+    }
+    temporaryName.clear();
+}
+
+bool ReplacementFile::linkUnnamed(const std::string& newName) {
+    if (::linkat(AT_FDCWD, descriptorPath(file).c_str(), folder.get(), newName.c_str(),
+                 AT_SYMLINK_FOLLOW) == 0) {
+        return true;
+    }
+    if (errno != EEXIST) {
+        fail(errno, "create");
+    }
+    return false;
+}
+
+void ReplacementFile::flush() {
+    writeOut(buffer.data(), buffer.size());
+    buffer.clear();
+}
+
+void ReplacementFile::writeOut(const char* data, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count =
+            ::pwrite(file.get(), data + done, size - done, static_cast<off_t>(bufferOffset + done));
+        if (count > 0) {
+            done += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            fail(count == 0 ? ENOSPC : errno, "write");
+        }
+    }
+    bufferOffset += size;
+}
+
+void ReplacementFile::throwEarlierFailure() const {
+    if (failure) {
+        throw std::system_error(failure, "cannot write " + path);
+    }
+}
+
+void ReplacementFile::fail(int error, const char* action) {
+    failure = std::error_code(error, std::generic_category());
+    throw std::system_error(failure, std::string("cannot ") + action + " " + path);
+}
+
+}  // namespace tkcore

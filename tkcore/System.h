@@ -1,0 +1,13 @@
+#pragma once
+
+#include "tkcore/AString.h"
+
+namespace tkcore {
+
+/// Pauses the caller; a signal that arrives meanwhile may end the pause.
+void sleepMilliseconds(unsigned milliseconds);
+
+/// The system's text for one of its error codes, cut off after 79 bytes.
+AString systemMessage(int code);
+
+}  // namespace tkcore

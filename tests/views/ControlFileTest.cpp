@@ -1,0 +1,83 @@
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "support/TemporaryDirectory.h"
+#include "views/ExtractaViewControl.h"
+
+using namespace velextracta;
+using tkcore::AString;
+
+namespace {
+
+std::string controlFile(const ViewSet& views, const std::vector<AString>& nets) {
+    const TemporaryDirectory directory;
+    std::ofstream stream(directory / "control", kControlFileMode);
+    EXPECT_TRUE(WriteControlFile(stream, views, nets));
+    stream.close();
+    return readFile(directory / "control");
+}
+
+ViewSet only(ViewType viewType) {
+    return ViewSet(std::uint64_t{1} << static_cast<int>(viewType));
+}
+
+TEST(ControlFile, hasABlockForEachViewWithItsAlternativesAndFields) {
+    const ViewSet views(1U << static_cast<int>(ViewType::net) |
+                        1U << static_cast<int>(ViewType::outline));
+    std::string expected =
+        "NET\r\n\r\n\tNET_NAME\r\n\tNET_BUS_NAME\r\n\tNET_DIFFERENTIAL_PAIR\r\n\r\nEND\r\n\r\n"
+        "GEOMETRY\r\n\r\n"
+        "\tCLASS = 'BOARD GEOMETRY'\r\n\tSUBCLASS = 'OUTLINE'\r\n"
+        "\tOR\r\n"
+        "\tCLASS = 'SUBSTRATE GEOMETRY'\r\n\tSUBCLASS = 'OUTLINE'\r\n\r\n"
+        "\tCLASS\r\n\tSUBCLASS\r\n\tRECORD_TAG\r\n\tGRAPHIC_DATA_NAME\r\n"
+        "\tGRAPHIC_DATA_NUMBER\r\n";
+    for (int number = 1; number <= 10; ++number) {
+        expected += "\tGRAPHIC_DATA_" + std::to_string(number) + "\r\n";
+    }
+    expected += "\r\nEND\r\n\r\n";
+    EXPECT_EQ(controlFile(views, {}), expected);
+}
+
+TEST(ControlFile, hasALoneTabWhereFiltersAndFieldsOrConditionsAreMissing) {
+    EXPECT_EQ(controlFile(only(ViewType::paddef), {}), "PAD_DEF\r\n\r\n\t\r\nEND\r\n\r\n");
+    const std::string start =
+        "COMPOSITE_PAD\r\n\r\n\tDRILL_ARRAY_ROWS != ''\r\n\t\r\n\tOR\r\n"
+        "\tBACKDRILL_TOP_LAYER != ''\r\n\t\r\n\tOR\r\n"
+        "\tBACKDRILL_BOTTOM_LAYER != ''\r\n\t\r\n\r\n\tPAD_STACK_NAME\r\n";
+    EXPECT_EQ(controlFile(only(ViewType::compositepad), {}).substr(0, start.size()), start);
+}
+
+TEST(ControlFile, repeatsTheConditionsBehindEachAlternative) {
+    const std::string common =
+        "\r\n\tRAT_CONNECTED != 'YES'\r\n\tRAT_CONNECTED != 'NO'\r\n\tNET_NAME != ''";
+    const std::string twoNets = "CONNECTIVITY\r\n\r\n\tNET_NAME ='A'" + common +
+                                "\r\n\tOR\r\n\tNET_NAME ='B'" + common +
+                                "\r\n\r\n\tNET_NAME_SORT\r\n";
+    EXPECT_EQ(controlFile(only(ViewType::conn), {"A", "B"}).substr(0, twoNets.size()), twoNets);
+    std::string oneNet = "CONNECTIVITY\r\n\r\n";
+    for (const char* name : {"CONDUCTOR", "ETCH", "PIN", "VIA CLASS"}) {
+        oneNet += oneNet.ends_with("'A'") ? "\r\n\tOR\r\n" : "";
+        oneNet += std::string("\tCLASS = ") + name + common + "\r\n\tNET_NAME ='A'";
+    }
+    EXPECT_EQ(controlFile(only(ViewType::conn), {"A"}).substr(0, oneNet.size()), oneNet);
+}
+
+TEST(ControlFile, isEmptyForNoViewsAndRefusedWithoutAnOpenFile) {
+    EXPECT_EQ(controlFile(ViewSet(), {}), "");
+    std::ofstream closed;
+    EXPECT_FALSE(WriteControlFile(closed, kStandardViews, {}));
+}
+
+TEST(ViewFiles, areNamedByTypeAndSuffixInTheOrderOfTheBlocks) {
+    EXPECT_EQ(MakeViewFileName(ViewType::conn, "nets"), "connnets.txt");
+    std::vector<ActiveView> files;
+    CollectViewFiles(kCellViews, tkcore::LongFileName(AString("/run/")), files);
+    ASSERT_EQ(files.size(), 4U);
+    EXPECT_EQ(files[0].path, "/run/layer.txt");
+    EXPECT_EQ(files[2].path, "/run/cconn.txt");
+    EXPECT_EQ(files[2].viewType, ViewType::cconn);
+}
+
+}  // namespace

@@ -1,0 +1,136 @@
+#include <cstdint>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "views/ExtractaViewDef.h"
+
+using namespace velextracta;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tkcore::AString;
+
+namespace {
+
+std::vector<AString> nets(std::size_t count) {
+    std::vector<AString> names;
+    for (std::size_t n = 0; n < count; ++n) {
+        names.push_back("N" + AString(std::to_string(n)));
+    }
+    return names;
+}
+
+std::vector<AString> members(const ViewSet& views) {
+    std::vector<AString> names;
+    for (std::int32_t n = 0; n < views.GetCount(); ++n) {
+        names.push_back(ViewTypeName(views.GetAt(n)));
+    }
+    return names;
+}
+
+TEST(ViewSets, areWalkedInTheOrderOfTheCatalogue) {
+    EXPECT_THAT(members(kStandardViews),
+                ElementsAre("layer", "paddef", "fullgeo", "conn", "diestack", "net", "component",
+                            "outline", "compositepad", "logicalpin"));
+    EXPECT_THAT(members(kCellViews), ElementsAre("layer", "cfullgeo", "cconn", "diestack"));
+    EXPECT_THAT(members(kLayerNetViews), ElementsAre("layer", "net"));
+    EXPECT_THAT(members(kNetFilterableViews), ElementsAre("fullgeo", "conn", "cfullgeo", "cconn"));
+}
+
+TEST(ViewDefinition, hasTheKeywordAndListsOfItsView) {
+    const struct {
+        ViewType type;
+        const char* keyword;
+        std::size_t conditions;
+        std::size_t alternatives;
+        std::size_t fields;
+        const char* firstField;
+        const char* lastField;
+    } cases[] = {
+        {ViewType::layer, "LAYER", 0, 0, 12, "LAYER_SORT", "LAYER_THICKNESS"},
+        {ViewType::paddef, "PAD_DEF", 0, 0, 0, "", ""},
+        {ViewType::fullgeo, "FULL_GEOMETRY", 25, 0, 35, "NET_NAME_SORT", "END_LAYER_NAME"},
+        {ViewType::conn, "CONNECTIVITY", 3, 4, 39, "NET_NAME_SORT", "BOND_PAD"},
+        {ViewType::cfullgeo, "FULL_GEOMETRY", 25, 0, 16, "NET_NAME_SORT", "GRAPHIC_DATA_10"},
+        {ViewType::cconn, "CONNECTIVITY", 3, 3, 38, "NET_NAME_SORT", "DRILL_FIGURE_ROTATION"},
+        {ViewType::diestack, "DIE_STACK_DEF", 0, 0, 0, "", ""},
+        {ViewType::net, "NET", 0, 0, 3, "NET_NAME", "NET_DIFFERENTIAL_PAIR"},
+        {ViewType::component, "COMPONENT", 0, 0, 16, "REFDES_SORT", "SYM_BOX_Y2"},
+        {ViewType::outline, "GEOMETRY", 1, 2, 15, "CLASS", "GRAPHIC_DATA_10"},
+        {ViewType::compositepad, "COMPOSITE_PAD", 0, 3, 16, "PAD_STACK_NAME", "VIA_ROTATION"},
+        {ViewType::logicalpin, "LOGICAL_PIN", 0, 0, 5, "REFDES_SORT", "PIN_PINUSE"},
+    };
+    for (const auto& expected : cases) {
+        const ExtractaViewDef definition(expected.type, {}, false);
+        EXPECT_EQ(definition.extractaView, expected.keyword);
+        EXPECT_EQ(definition.conditions.size(), expected.conditions) << expected.keyword;
+        EXPECT_EQ(definition.alternatives.size(), expected.alternatives) << expected.keyword;
+        ASSERT_EQ(definition.fields.size(), expected.fields) << expected.keyword;
+        if (!definition.fields.empty()) {
+            EXPECT_EQ(definition.fields.front(), expected.firstField);
+            EXPECT_EQ(definition.fields.back(), expected.lastField);
+        }
+    }
+}
+
+TEST(ViewDefinition, turnsNetsIntoConditionsOrAlternativesByTheirNumber) {
+    const struct {
+        ViewType type;
+        std::size_t nets;
+        bool exclude;
+        std::size_t conditions;
+        std::size_t netAlternatives;
+    } cases[] = {
+        // conn has 3 conditions of its own, fullgeo 6 and mostly 19 class exclusions.
+        {ViewType::conn, 0, true, 3, 0},          {ViewType::conn, 1, false, 4, 0},
+        {ViewType::conn, 2, false, 3, 2},         {ViewType::conn, 11, false, 3, 11},
+        {ViewType::conn, 12, false, 3, 0},        {ViewType::conn, 1, true, 4, 0},
+        {ViewType::conn, 4, true, 7, 0},          {ViewType::conn, 12, true, 3, 0},
+        {ViewType::fullgeo, 1, false, 26, 0},     {ViewType::fullgeo, 2, false, 6, 2},
+        {ViewType::fullgeo, 11, true, 36, 0},     {ViewType::fullgeo, 12, false, 25, 0},
+        {ViewType::cfullgeo, 2, false, 6, 2},     {ViewType::cconn, 2, false, 3, 2},
+        {ViewType::layer, 2, false, 0, 0},        {ViewType::net, 1, true, 0, 0},
+        {ViewType::compositepad, 1, false, 0, 0},
+    };
+    for (const auto& expected : cases) {
+        const ExtractaViewDef definition(expected.type, nets(expected.nets), expected.exclude);
+        const std::string label = VEL_ANSI(ViewTypeName(expected.type)) + " with " +
+                                  std::to_string(expected.nets) + " nets";
+        EXPECT_EQ(definition.conditions.size(), expected.conditions) << label;
+        EXPECT_EQ(definition.netAlternatives.size(), expected.netAlternatives) << label;
+    }
+}
+
+TEST(ViewDefinition, writesNetsQuotedAndClassesBare) {
+    const ExtractaViewDef choice(ViewType::conn, {"A", "it's \xff"}, false);
+    EXPECT_THAT(choice.netAlternatives, ElementsAre("NET_NAME ='A'", "NET_NAME ='it's \xff'"));
+    EXPECT_THAT(choice.alternatives, ElementsAre("CLASS = CONDUCTOR", "CLASS = ETCH", "CLASS = PIN",
+                                                 "CLASS = VIA CLASS"));
+    const ExtractaViewDef remainder(ViewType::conn, {"A"}, true);
+    EXPECT_EQ(remainder.conditions.back(), "NET_NAME !='A'");
+}
+
+TEST(ViewDefinition, ofASurveyAsksForNetNamesOnly) {
+    const ExtractaViewDef all = MakeNetListDef({});
+    EXPECT_EQ(all.extractaView, "CONNECTIVITY");
+    EXPECT_THAT(all.fields, ElementsAre("NET_NAME"));
+    EXPECT_THAT(all.conditions, IsEmpty());
+    EXPECT_THAT(all.alternatives, IsEmpty());
+    EXPECT_THAT(MakeNetListDef({"A"}).conditions, ElementsAre("NET_NAME ='A'"));
+    EXPECT_THAT(MakeNetListDef({"A", "B"}).netAlternatives,
+                ElementsAre("NET_NAME ='A'", "NET_NAME ='B'"));
+}
+
+TEST(ViewDefinition, ofOneNetsClassesHasNoOtherClass) {
+    const ExtractaViewDef pins = MakeNetClassDef("GND", {"PIN"});
+    EXPECT_THAT(pins.conditions, ElementsAre("RAT_CONNECTED != 'YES'", "RAT_CONNECTED != 'NO'",
+                                             "NET_NAME != ''", "NET_NAME ='GND'"));
+    EXPECT_THAT(pins.alternatives, ElementsAre("CLASS = PIN"));
+    EXPECT_EQ(pins.fields.size(), 39U);
+}
+
+TEST(ViewDefinition, refusesATypeOutsideTheCatalogue) {
+    EXPECT_THROW(ExtractaViewDef(static_cast<ViewType>(12), {}, false), std::out_of_range);
+}
+
+}  // namespace

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "tkcore/AString.h"
+#include "views/ViewType.h"
+
+namespace velextracta {
+
+/// One produced view and the full path of its file.
+struct ActiveView final {
+    ViewType viewType;
+    tkcore::AString path;
+};
+
+}  // namespace velextracta

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <fstream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
+#include "views/ActiveView.h"
+#include "views/ExtractaViewDef.h"
+#include "views/ViewType.h"
+
+namespace velextracta {
+
+/// How a control file is opened for writing. Binary: the line ends, CR LF, are written here, the
+/// same on every system.
+inline constexpr std::ios::openmode kControlFileMode =
+    std::ios::out | std::ios::trunc | std::ios::binary;
+
+/// The texts in order, each on a line of its own that begins with a tab.
+std::string JoinLines(const std::vector<std::string>& lines);
+
+/// Writes the block of one view request; errors stay in the stream's state.
+void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out);
+
+/// Writes the blocks of all views of the set, restricted to the nets, in ascending order of type.
+/// False, with nothing written, if the stream has no open file or is bad.
+bool WriteControlFile(std::ofstream& out, const ViewSet& views,
+                      const std::vector<tkcore::AString>& nets);
+
+/// The bare name of a view's file.
+tkcore::AString MakeViewFileName(ViewType viewType, const tkcore::AString& suffix);
+
+/// Appends the views of the set with their files in the directory, in the order of the blocks
+/// that WriteControlFile writes.
+void CollectViewFiles(const ViewSet& views, const tkcore::LongFileName& directory,
+                      std::vector<ActiveView>& out);
+
+}  // namespace velextracta

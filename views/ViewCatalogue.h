@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "views/ViewType.h"
+
+namespace velextracta {
+
+/// What extracta knows of one view, as constant data.
+struct ViewCatalogueEntry final {
+    ViewType viewType;
+    std::string_view extractaView;
+    std::span<const std::string_view> conditions;
+    std::span<const std::string_view> alternatives;
+    std::span<const std::string_view> fields;
+    std::span<const std::string_view> moreFields;  // follow the fields
+};
+
+/// The entry of a view, null for a value outside the catalogue.
+const ViewCatalogueEntry* findViewCatalogueEntry(ViewType viewType);
+
+/// The condition that the switch keepUnnamedNets takes out.
+inline constexpr std::string_view kNamedNetsOnly = "NET_NAME != ''";
+
+/// Conditions of a full geometry view that no list of nets restricts to a choice.
+std::span<const std::string_view> geometryClassExclusions();
+
+}  // namespace velextracta

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standin/Trace.h"
+#include "standin/ViewQuery.h"
+
+namespace standin {
+
+enum class FaultAction {
+    kExit,
+    kLateExit,
+    kNoOutput,
+    kEmptyOutput,
+    kHalfLine,
+    kHeaderOnly,
+    kBareLineFeeds,
+    kHang,
+    kFlood,
+    kSleep,
+    kKill,
+};
+
+struct Fault {
+    FaultAction action = FaultAction::kExit;
+    std::uint64_t amount = 0;  // bytes to flood, milliseconds to sleep, signal to send
+    int exitCode = 0;
+    std::string text;
+};
+
+// The actions of the rules "MATCH=ACTION;MATCH=ACTION..." whose MATCH the output's name contains,
+// in their order. Throws std::runtime_error for a rule that cannot be read.
+std::vector<Fault> faultsFor(std::string_view rules, std::string_view outputName);
+
+// Both give the exit code to leave with at once, or nothing to go on. The first may never return.
+std::optional<int> sufferBeforeOutput(const std::vector<Fault>& faults, const Trace& trace);
+std::optional<int> sufferAfterOutput(const std::vector<Fault>& faults);
+
+OutputShape outputShapeOf(const std::vector<Fault>& faults);
+
+}  // namespace standin

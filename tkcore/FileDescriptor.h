@@ -22,11 +22,10 @@ public:
 
     explicit operator bool() const noexcept { return descriptor >= 0; }
     [[nodiscard]] int get() const noexcept { return descriptor; }
+    void close() noexcept;
 
 private:
     static constexpr int kNone = -1;
-
-    void close() noexcept;
 
     int descriptor = kNone;
 };

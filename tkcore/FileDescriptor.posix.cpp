@@ -6,7 +6,7 @@ namespace tkcore {
 
 void FileDescriptor::close() noexcept {
     if (descriptor >= 0) {
-        ::close(descriptor);
+        ::close(std::exchange(descriptor, kNone));
     }
 }
 

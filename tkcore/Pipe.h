@@ -1,33 +1,11 @@
 #pragma once
 
-#include <utility>
+#include "tkcore/FileDescriptor.h"
 
 namespace tkcore {
 
-/// One end of a pipe, closed with its owner.
-class PipeEnd final {
-public:
-    PipeEnd() = default;
-    explicit PipeEnd(int systemDescriptor) : descriptor(systemDescriptor) {}
-    PipeEnd(PipeEnd&& other) noexcept : descriptor(std::exchange(other.descriptor, kClosed)) {}
-    PipeEnd& operator=(PipeEnd&& other) noexcept {
-        std::swap(descriptor, other.descriptor);
-        return *this;
-    }
-    ~PipeEnd() { close(); }
-
-    /// The system's own number of this end; kClosed when it is not open.
-    int systemDescriptor() const noexcept { return descriptor; }
-    void close() noexcept;
-
-    static constexpr int kClosed = -1;
-
-private:
-    int descriptor = kClosed;
-};
-
 /// What users hand around of a pipe: a look at one end, null for none.
-using PipeHandle = const PipeEnd*;
+using PipeHandle = const FileDescriptor*;
 
 /// An anonymous pipe; neither end reaches a child by itself.
 class CPipe final {
@@ -41,8 +19,8 @@ public:
     PipeHandle writeHandle() const noexcept { return &writeEnd; }
 
 private:
-    PipeEnd readEnd;
-    PipeEnd writeEnd;
+    FileDescriptor readEnd;
+    FileDescriptor writeEnd;
 };
 
 /// Reads from the read end of a pipe without ever waiting for bytes.

@@ -9,20 +9,14 @@
 
 namespace tkcore {
 
-void PipeEnd::close() noexcept {
-    if (descriptor != kClosed) {
-        ::close(std::exchange(descriptor, kClosed));
-    }
-}
-
 bool CPipe::CreatePipe() {
     int descriptors[2];
     Close();
     if (pipe2(descriptors, O_CLOEXEC) != 0) {
         return false;
     }
-    readEnd = PipeEnd(descriptors[0]);
-    writeEnd = PipeEnd(descriptors[1]);
+    readEnd = FileDescriptor(descriptors[0]);
+    writeEnd = FileDescriptor(descriptors[1]);
     return true;
 }
 
@@ -34,7 +28,7 @@ void CPipe::Close() noexcept {
 int CPipeCommunicator::Read(char* buffer, int size, int& count, bool consume, int /*timeout*/,
                             bool /*acceptPart*/) {
     int waiting = 0;
-    if (ioctl(readEnd->systemDescriptor(), FIONREAD, &waiting) != 0) {
+    if (ioctl(readEnd->get(), FIONREAD, &waiting) != 0) {
         return errno;
     }
     count = std::min(waiting, size);
@@ -42,7 +36,7 @@ int CPipeCommunicator::Read(char* buffer, int size, int& count, bool consume, in
         return 0;
     }
     const ssize_t received =
-        read(readEnd->systemDescriptor(), buffer, static_cast<std::size_t>(count));
+        read(readEnd->get(), buffer, static_cast<std::size_t>(count));
     count = static_cast<int>(std::max<ssize_t>(received, 0));
     return received < 0 ? errno : 0;
 }

@@ -102,7 +102,7 @@ int readStartError(PipeHandle statusEnd) {
     int error = 0;
     ssize_t received = 0;
     do {
-        received = read(statusEnd->systemDescriptor(), &error, sizeof error);
+        received = read(statusEnd->get(), &error, sizeof error);
     } while (received < 0 && errno == EINTR);
     return received == sizeof error ? error : 0;
 }
@@ -124,17 +124,17 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
         return error;
     }
     const bool wantsPipe = captureOutput || captureErrors;
-    if (wantsPipe && output->systemDescriptor() == PipeEnd::kClosed) {
+    if (wantsPipe && !*output) {
         return EMFILE;
     }
     start.workingDirectory = VEL_ANSI(workingDirectory);
-    start.outputDescriptor = captureOutput ? output->systemDescriptor() : -1;
-    start.errorDescriptor = captureErrors ? output->systemDescriptor() : -1;
+    start.outputDescriptor = captureOutput ? output->get() : -1;
+    start.errorDescriptor = captureErrors ? output->get() : -1;
     CPipe status;
     if (!status.CreatePipe()) {
         return errno;
     }
-    start.statusDescriptor = status.writeHandle()->systemDescriptor();
+    start.statusDescriptor = status.writeHandle()->get();
     prepareForChildren();
     const pid_t keeper = startKeeper(start);
     if (keeper < 0) {

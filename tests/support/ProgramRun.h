@@ -60,6 +60,7 @@ private:
         const int errors = open((streams / "errors").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         dup2(output, STDOUT_FILENO);
         dup2(errors, STDERR_FILENO);
+        close_range(STDERR_FILENO + 1, ~0U, 0);
         for (const auto& [name, value] : command.environment) {
             setenv(name.c_str(), value.c_str(), 1);
         }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "archive/PieceDeflater.h"
+#include "archive/ZipContainer.h"
+
+namespace tkcore {
+class InputFile;
+}
+
+namespace velextracta {
+
+/// A new zip archive, at its path only once Close() has succeeded. Every failure is thrown and
+/// names the path it is about; a failure of AddNewFile() abandons the archive. A request to end
+/// the program (tkcore::interruption()) makes AddNewFile() fail with "interrupted".
+class CZipArchive final {
+public:
+    static constexpr int kCreate = 2;         // the one mode of Open()
+    static constexpr int kDefaultLevel = -1;  // else 0 (store) to 9 (smallest)
+    static constexpr int kSafeSmartness = 7;
+    static constexpr int kNormalClose = 0;
+
+    /// In bytes: about a second of work, after which an interruption is noticed.
+    static constexpr std::size_t kPieceSize = std::size_t{32} << 20U;
+
+    /// Files are deflated in pieces; about twice the size of one is all the memory that it takes.
+    explicit CZipArchive(std::size_t bytesPerPiece = kPieceSize)
+        : pieceSize(std::max<std::size_t>(bytesPerPiece, 1)) {}
+    ~CZipArchive();
+
+    CZipArchive(const CZipArchive&) = delete;
+    CZipArchive& operator=(const CZipArchive&) = delete;
+
+    /// Volumes are not supported: volumeSize is 0.
+    void Open(const std::string& path, int mode, int volumeSize = 0);
+
+    /// Adds a file as it is now, or a directory as an entry of its own without what is in it,
+    /// under its full path or its last component. Smartness and buffer size change nothing: what
+    /// does not shrink is stored anyway, and reading goes by pieces. Always true.
+    bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
+                    int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
+
+    /// After an exception (not 0) the archive is dropped. updateTimeStamp is not supported.
+    void Close(int afterException = kNormalClose, bool updateTimeStamp = false);
+
+private:
+    void addFile(const ZipEntry& entry, tkcore::InputFile& file, int level);
+    ZipContainer& openContainer();
+
+    std::size_t pieceSize;
+    std::optional<ZipContainer> container;
+    PieceDeflater deflater;
+    std::vector<std::byte> pieceBytes;
+};
+
+}  // namespace velextracta

@@ -1,0 +1,90 @@
+#include <iostream>
+#include <vector>
+
+#include <boost/filesystem.hpp>
+
+#include "app/CommandLine.h"
+#include "executor/ExtractaExecutor.h"
+#include "tkcore/AString.h"
+#include "tkcore/Assertion.h"
+#include "tkcore/Interruption.h"
+#include "tkcore/Log.h"
+#include "views/ActiveView.h"
+
+namespace fs = boost::filesystem;
+
+namespace {
+
+using tkcore::AString;
+using namespace velextracta;
+
+constexpr char kSource[] = "VelExtracta";
+
+/// A path on the outcome lines: the address of its wide text. Whoever reads these lines is used
+/// to it.
+const void* outcomeValue(const AString& path) {
+    return path.c_str();
+}
+
+/// Where the working directory goes: into the output directory if there is one, else beside the
+/// design file.
+AString workingDirectoryBase(const fs::path& designPath, const fs::path& outputPath) {
+    boost::system::error_code error;
+    return fs::is_directory(outputPath, error) ? outputPath.string()
+                                               : designPath.parent_path().string();
+}
+
+bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {
+    if (!options.addedFiles.empty()) {
+        executor.addFilesToWorkingDir(options.addedFiles);
+    }
+    const AString extension = options.addedFiles.empty() ? ".txt" : "";
+    return options.zip ? executor.zipActiveViews(outputPath, extension)
+                       : executor.moveActiveViews(outputPath, extension);
+}
+
+/// Creates and packs the views; returns the exit code.
+int run(const CommandLine& options, const AString& designPath, const AString& outputPath) {
+    ExtractaExecutor executor;
+    std::vector<ActiveView> activeViews;
+    const AString base =
+        workingDirectoryBase(tkcore::VEL_ANSI(designPath), tkcore::VEL_ANSI(outputPath));
+    const ViewSet& views = options.standardViews ? kStandardViews : kCellViews;
+    if (!executor.createExtractaViews(designPath, base, views, options.nets, activeViews)) {
+        VEL_ASSERT(kSource, !"view creation failed");
+        std::cerr << "view creation failed (1).\n";
+        return 1;
+    }
+    const bool packaged = package(executor, options, outputPath);
+    // Printed whatever the packaging came to; a failure line follows it.
+    std::cout << "VLX file written: " << outcomeValue(outputPath) << '\n' << std::flush;
+    if (!packaged) {
+        VEL_ASSERT(kSource, !"view zip or move failed");
+        std::cerr << "view creation failed (2).\n";
+        return 1;
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    tkcore::noteInterruptions();
+    tkcore::logUncaughtExceptions();
+    if (argc < 3) {
+        VEL_ASSERT(kSource, argc >= 3);
+        return 1;
+    }
+    const CommandLine options = scanCommandLine(argc, argv);
+    const AString designPath(argv[argc - 2]);
+    const AString outputPath(argv[argc - 1]);
+    boost::system::error_code error;
+    if (!fs::exists(fs::status(argv[argc - 2], error))) {
+        VEL_ASSERT(kSource, !"mcm file does not exist");
+        std::cerr << "mcm file does not exist: " << outcomeValue(designPath) << '\n';
+        return 1;
+    }
+    const int exitCode = run(options, designPath, outputPath);
+    tkcore::endByInterruption();
+    return exitCode;
+}

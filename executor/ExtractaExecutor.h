@@ -1,0 +1,76 @@
+#pragma once
+
+#include <vector>
+
+#include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
+#include "views/ActiveView.h"
+#include "views/ViewType.h"
+
+namespace velextracta {
+
+/// One extraction run: owns its working directory, creates the views in it with one extracta
+/// process or several, and packs or moves what lies there afterwards.
+///
+/// The operations return false when they fail; those that create leave a text in lastError(),
+/// and every reason is in the core library's log.
+class ExtractaExecutor {
+public:
+    ExtractaExecutor() = default;
+
+    /// Removes the working directory, unless VELTAR_EXTRACTA_DEBUG is in the environment.
+    virtual ~ExtractaExecutor();
+
+    ExtractaExecutor(const ExtractaExecutor&) = delete;
+    ExtractaExecutor& operator=(const ExtractaExecutor&) = delete;
+
+    /// Creates a fresh directory "extract" + local wall-clock seconds since 1970 under the base
+    /// (empty: the current directory) and removes the one before. Throws std::runtime_error if
+    /// the local time cannot be told.
+    bool createWorkingDir(const tkcore::AString& base);
+
+    /// Removes the working directory if this run has created it.
+    bool deleteWorkingDir();
+
+    /// Creates the views of the set, restricted to the nets (none: all), under a new working
+    /// directory in the base, and adds them to the active views.
+    bool createExtractaViews(const tkcore::AString& designFile, const tkcore::AString& base,
+                             const ViewSet& views, const std::vector<tkcore::AString>& nets,
+                             std::vector<ActiveView>& activeViews);
+
+    /// Copies the files into the working directory; skips those that do not exist. Throws a
+    /// filesystem error when a copy fails, also for a name that is taken there.
+    bool addFilesToWorkingDir(const std::vector<tkcore::AString>& files);
+
+    /// Packs the working directory's top-level entries with the extension (empty: all) into a zip
+    /// archive at the output path.
+    bool zipActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
+
+    /// Moves the same entries into the output directory; files of the same name are replaced.
+    bool moveActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
+
+    tkcore::LongFileName workingDirectory() const { return workingDir; }
+    const tkcore::AString& lastError() const { return errorMessage; }
+
+private:
+    bool createViewsWithOneProcess(const tkcore::AString& designFile, const ViewSet& views,
+                                   const std::vector<tkcore::AString>& nets,
+                                   std::vector<ActiveView>& activeViews);
+
+    /// Every view in a process of its own, connectivity in several.
+    bool createExtractaControlFileAndViewsMP(const tkcore::AString& designFile,
+                                             const ViewSet& views,
+                                             const std::vector<tkcore::AString>& nets,
+                                             std::vector<ActiveView>& activeViews);
+
+    /// Keeps and logs the text; false, for the caller to return.
+    bool fail(const tkcore::AString& message);
+
+    tkcore::AString errorMessage;
+    tkcore::LongFileName workingDir;  // kept even when it could not be created
+    bool generatorOption = true;
+    [[maybe_unused]] bool spareFlag = false;
+    bool ownsWorkingDir = false;  // created by us: a directory that was there is never deleted
+};
+
+}  // namespace velextracta

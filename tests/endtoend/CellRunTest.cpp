@@ -1,0 +1,167 @@
+#include <ctime>
+#include <regex>
+
+#include "endtoend/EndToEnd.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class CellRun : public EndToEnd {
+protected:
+    static void expectSuccess(const Outcome& outcome) {
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_TRUE(std::regex_match(outcome.output, std::regex("VLX file written: 0x[0-9a-f]+\n")))
+            << outcome.output;
+    }
+};
+
+TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
+    makeDesign();
+    const auto before = files();
+    expectSuccess(run({"-z", "-cell", "design.mcm", "out.vlx"}));
+    auto expected = before;
+    expected.insert("out.vlx");
+    EXPECT_EQ(files(), expected);
+
+    const auto entries = packed(directory / "out.vlx");
+    ASSERT_EQ(entries.size(), 5U);
+    // The same control file by hand must give the same bytes.
+    writeFile(tools / "control", entries.at("extracta_control.txt"));
+    Command byHand{
+        {EXTRACTA_STANDIN, "-k", "-c", "-m", design.string(), tools / "control"}, {}, {}, {}};
+    for (const char* view : {"layer", "cfullgeo", "cconn", "diestack"}) {
+        byHand.arguments.push_back(tools / (std::string(view) + ".txt"));
+    }
+    ASSERT_EQ(runProgram(byHand).exitCode, 0);
+    for (const char* view : {"layer.txt", "cfullgeo.txt", "cconn.txt", "diestack.txt"}) {
+        EXPECT_EQ(entries.at(view), readFile(tools / view)) << view;
+        EXPECT_GT(entries.at(view).size(), 100U) << view;
+    }
+    const std::regex name(directory.path().string().substr(1) + "/extract[0-9]+/[a-z_]+\\.txt");
+    for (const auto& entry : readArchive(directory / "out.vlx")) {
+        EXPECT_TRUE(std::regex_match(entry.first, name)) << entry.first;
+    }
+}
+
+TEST_F(CellRun, startsExtractaWithAbsolutePathsInTheWorkingDirectory) {
+    writeFile(directory / "a \"b\" \xc3\xa9\xff.mcm", "");
+    fs::create_directory(directory / "out dir");
+    useScript("printf '%s\\n' \"$@\" > ../../arguments; pwd >> ../../arguments\n");
+    expectSuccess(run({"-CELL", "a \"b\" \xc3\xa9\xff.mcm", "out dir"}));
+    std::istringstream lines(readFile(directory / "arguments"));
+    Strings words;
+    for (std::string line; std::getline(lines, line);) {
+        words.push_back(line);
+    }
+    ASSERT_EQ(words.size(), 10U);
+    const std::string working = words.back() + "/";
+    EXPECT_TRUE(std::regex_match(words.back(),
+                                 std::regex(directory.path().string() + "/out dir/extract[0-9]+")));
+    EXPECT_EQ(words, (Strings{"-k", "-c", "-m", directory / "a \"b\" \xc3\xa9\xff.mcm",
+                              working + "extracta_control.txt", working + "layer.txt",
+                              working + "cfullgeo.txt", working + "cconn.txt",
+                              working + "diestack.txt", words.back()}));
+}
+
+TEST_F(CellRun, movesTextFilesOverOlderOnes) {
+    makeDesign();
+    fs::create_directory(directory / "out");
+    writeFile(directory / "out/layer.txt", "old");
+    useScript("touch NOTES.TXT notes.log\n" + goOn());
+    expectSuccess(run({"-cell", "design.mcm", "out"}));
+    EXPECT_EQ(files(), (std::set<std::string>{"design.mcm", "out", "out/cconn.txt",
+                                              "out/cfullgeo.txt", "out/diestack.txt",
+                                              "out/extracta_control.txt", "out/layer.txt"}));
+    EXPECT_EQ(readFile(directory / "out/layer.txt").substr(0, 2), "A!");
+}
+
+TEST_F(CellRun, packsEverythingWhenFilesAreAdded) {
+    makeDesign();
+    writeFile(directory / "read me.pdf", "added");
+    useScript("mkdir folder; touch notes.log\n" + goOn());
+    expectSuccess(run({"-z", "-cell", "-add", "read me.pdf,missing,", "design.mcm", "out.vlx"}));
+    const auto entries = packed(directory / "out.vlx");
+    EXPECT_EQ(entries.at("read me.pdf"), "added");
+    EXPECT_TRUE(entries.contains("notes.log"));
+    EXPECT_EQ(entries.size(), 8U);
+}
+
+TEST_F(CellRun, takesItsOptionsInEveryFormAndOrder) {
+    writeFile(design, "");
+    const struct {
+        Strings arguments;
+        const char* conditions;
+    } cases[] = {
+        {{"-N", "A,,B", "/n", "C", "-q"},
+         "\tNET_NAME ='A'\r\n\tNET_NAME ='B'\r\n\tNET_NAME ='C'\r\n"},
+        {{"-n", "A"}, "\tNET_NAME ='A'\r\n"},
+        {{"-n", "-cell"}, "\tNET_NAME ='-cell'\r\n"},
+        {{"-n"}, "\tNET_NAME ='design.mcm'\r\n"},
+        {{}, ""},
+    };
+    useScript("grep -a 'NET_NAME =' $control | awk '!seen[$0]++' > ../nets\n");
+    for (const auto& [options, conditions] : cases) {
+        Strings arguments{"/Z", "/Cell"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        arguments.insert(arguments.end(), {"design.mcm", "out.vlx"});
+        expectSuccess(run(arguments));
+        EXPECT_EQ(readFile(directory / "nets"), conditions);
+    }
+}
+
+TEST_F(CellRun, numbersItsDirectoryByTheLocalClock) {
+    writeFile(design, "");
+    useScript("basename $PWD > ../name\n");
+    const struct {
+        const char* zone;
+        long offset;
+    } cases[] = {{"UTC", 0}, {"XXX-5:30", 19'800}, {"XXX8", -28'800}};
+    for (const auto& [zone, offset] : cases) {
+        environment["TZ"] = zone;
+        const long before = std::time(nullptr) + offset;
+        run({"-z", "-cell", "design.mcm", "out.vlx"});
+        const long number = std::stol(readFile(directory / "name").substr(7));
+        EXPECT_GE(number, before);
+        EXPECT_LE(number, std::time(nullptr) + offset);
+    }
+}
+
+TEST_F(CellRun, keepsItsDirectoryForDebugging) {
+    makeDesign();
+    environment["VELTAR_EXTRACTA_DEBUG"] = "";
+    expectSuccess(run({"-z", "-cell", "design.mcm", "out.vlx"}));
+    EXPECT_EQ(files().size(), 2U + 1U + 5U);
+}
+
+TEST_F(CellRun, canBeExplainedFromItsLog) {
+    writeFile(design, "");
+    environment["TKCORE_LOG"] = "1:run.log";
+    useScript("echo ERROR: bad view; exit 3\n");
+    EXPECT_EQ(run({"-z", "-cell", "design.mcm", "out.vlx"}).exitCode, 1);
+    const std::string log = readFile(directory / "run.log");
+    for (const char* part :
+         {"*StartChildProcess: ", "/extracta_control.txt\" ", "error: extracta run failed: ",
+          "the extracta exited with non-zero exit code 3: ERROR: bad view\n",
+          "assertion failed: VelExtracta, line ", ": !\"view creation failed\"\n"}) {
+        EXPECT_NE(log.find(part), std::string::npos) << part << " is missing in\n" << log;
+    }
+    EXPECT_TRUE(std::regex_search(log, std::regex("^[0-9]+\\.[0-9]+ ")));
+}
+
+TEST_F(CellRun, writesALogOfTheWantedLevelOrNone) {
+    writeFile(design, "");
+    useScript("exit 1\n");
+    environment["TKCORE_LOG"] = "0:-";
+    const Outcome failures = run({"-z", "-cell", "design.mcm", "out.vlx"});
+    EXPECT_EQ(failures.errors.find("StartChildProcess"), std::string::npos);
+    EXPECT_NE(failures.errors.find("exit code 1"), std::string::npos);
+    for (const char* setting : {"1:/no/such/folder/log", "x:-", "-", ""}) {
+        environment["TKCORE_LOG"] = setting;
+        const Outcome outcome = run({"-z", "-cell", "design.mcm", "out.vlx"});
+        EXPECT_EQ(outcome.errors, "view creation failed (1).\n") << setting;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,211 @@
+#include <algorithm>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "endtoend/EndToEnd.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using testing::ElementsAre;
+using Records = std::vector<std::string>;
+
+class DefaultRun : public EndToEnd {
+protected:
+    /// The lines of a view file from the third on, sorted; each with its line end.
+    static Records records(const std::string& viewFile) {
+        Records lines;
+        for (std::size_t start = 0, number = 0; start < viewFile.size(); ++number) {
+            const std::size_t end = std::min(viewFile.find("\r\n", start), viewFile.size() - 2) + 2;
+            if (number >= 2) {
+                lines.push_back(viewFile.substr(start, end - start));
+            }
+            start = end;
+        }
+        std::ranges::sort(lines);
+        return lines;
+    }
+
+    static std::string header(const std::string& viewFile) {
+        return viewFile.substr(0, viewFile.find("\r\n", viewFile.find("\r\n") + 2) + 2);
+    }
+
+    /// What one extracta run writes for a control file.
+    std::string runByHand(const std::string& controlFile) const {
+        writeFile(tools / "control", controlFile);
+        const Outcome outcome = runProgram(
+            {{EXTRACTA_STANDIN, "-k", "-m", design.string(), tools / "control", tools / "view"},
+             {},
+             {},
+             {}});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+        return readFile(tools / "view");
+    }
+
+    /// The control file of one connectivity run over the whole design, or the nets.
+    static std::string connectivityControl(const std::map<std::string, std::string>& entries,
+                                           const Strings& nets) {
+        // The remainder's, less its excluded nets, is the plain one.
+        std::string control = entries.at("extracta_control_connremainder.txt");
+        for (std::size_t at = 0; (at = control.find("\tNET_NAME !='")) != std::string::npos;) {
+            control.erase(at, control.find("\r\n", at) + 2 - at);
+        }
+        if (!nets.empty()) {
+            const std::string condition = "\tNET_NAME != ''\r\n";
+            for (std::size_t at = 0; (at = control.find(condition, at)) != std::string::npos;) {
+                at += condition.size();
+                control.insert(at, "\tNET_NAME ='" + nets.front() + "'\r\n");
+            }
+        }
+        return control;
+    }
+
+    /// Runs on the design as it is and compares every view with a run of that view alone.
+    void expectViewsOfOneRun() {
+        const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+        const auto entries = packed(directory / "out.vlx");
+        for (const char* view : {"layer", "paddef", "fullgeo", "diestack", "net", "component",
+                                 "outline", "compositepad", "logicalpin"}) {
+            const std::string name(view);
+            EXPECT_EQ(entries.at(name + ".txt"),
+                      runByHand(entries.at("extracta_control_" + name + ".txt")))
+                << name;
+        }
+        const std::string single = runByHand(connectivityControl(entries, {}));
+        EXPECT_EQ(header(entries.at("conn.txt")), header(single));
+        EXPECT_EQ(records(entries.at("conn.txt")), records(single));
+    }
+
+    /// A survey of the nets (name, records) instead of the design's; other views are header only.
+    void useSurvey(const std::vector<std::pair<std::string, int>>& nets) {
+        std::string survey = "A!NET_NAME!\r\nJ!x!\r\n";
+        for (const auto& [name, count] : nets) {
+            for (int n = 0; n < count; ++n) {
+                survey += "S!" + name + "!\r\n";
+            }
+        }
+        writeFile(design, survey);
+        useScript(
+            "basename $control .txt >> ../order\n"
+            "case $control in *connnets.txt) cat \"$design\" > \"$first\";;\n"
+            "*) printf 'A!F!\\r\\nJ!%s!\\r\\nS!%s!\\r\\n' $(basename $control .txt) "
+            "$(basename $control .txt) > \"$first\";; esac\n");
+    }
+
+    Strings order() const {
+        Strings names;
+        std::istringstream lines(readFile(directory / "order"));
+        const std::string prefix = "extracta_control_";
+        for (std::string line; std::getline(lines, line);) {
+            names.push_back(line.substr(prefix.size()));
+        }
+        return names;
+    }
+};
+
+TEST_F(DefaultRun, givesTheRecordsOfOneSingleRun) {
+    const Strings designs[] = {
+        {"--nets", "40", "--records", "3000", "--seed", "1"},
+        {"--nets", "5", "--records", "400", "--seed", "2"},
+        {"--nets", "3", "--records", "500", "--seed", "3"},
+        {"--nets", "0", "--records", "50", "--seed", "4"},
+        {"--nets", "6", "--records", "0", "--seed", "5"},
+        {"--nets", "30", "--records", "3000", "--seed", "6", "--odd-names"},
+    };
+    for (const Strings& options : designs) {
+        SCOPED_TRACE(testing::PrintToString(options));
+        makeDesign(options);
+        expectViewsOfOneRun();
+    }
+}
+
+TEST_F(DefaultRun, leavesTheRemainderOutOfANetSelection) {
+    makeDesign();
+    ASSERT_EQ(run({"-z", "-n", "GND", "design.mcm", "out.vlx"}).exitCode, 0);
+    const auto entries = packed(directory / "out.vlx");
+    const std::string control = connectivityControl(entries, {"GND"});
+    Records expected = records(runByHand(control));
+    EXPECT_FALSE(expected.empty());
+    const Records remainder = records(runByHand(entries.at("extracta_control_connremainder.txt")));
+    expected.insert(expected.end(), remainder.begin(), remainder.end());
+    std::ranges::sort(expected);
+    EXPECT_EQ(records(entries.at("conn.txt")), expected);
+    EXPECT_EQ(entries.count("extracta_control_conn1_VDD_CORE_PIN.txt"), 0U);
+}
+
+TEST_F(DefaultRun, startsItsProcessesInOrderAndSplitsTheLargestNets) {
+    useSurvey({{"A", 2}, {"B", 2}, {"C", 3}, {"x y", 3}, {"Z'", 5}, {"a", 1}});
+    ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
+    EXPECT_THAT(order(),
+                ElementsAre("layer", "paddef", "fullgeo", "diestack", "net", "component", "outline",
+                            "compositepad", "logicalpin", "connnets", "conn0_Z__CONDUCTOR_ETCH",
+                            "conn0_Z__PIN", "conn0_Z__VIA_CLASS", "conn1_x_y_CONDUCTOR_ETCH",
+                            "conn1_x_y_PIN", "conn1_x_y_VIA_CLASS", "conn2_C_CONDUCTOR_ETCH",
+                            "conn2_C_PIN", "conn2_C_VIA_CLASS", "conn3_B_CONDUCTOR_ETCH",
+                            "conn3_B_PIN", "conn3_B_VIA_CLASS", "connremainder"));
+    const auto entries = packed(directory / "out.vlx");
+    const std::string conn = entries.at("conn.txt");
+    EXPECT_EQ(header(conn), "A!F!\r\nJ!extracta_control_conn0_Z__CONDUCTOR_ETCH!\r\n");
+    EXPECT_EQ(records(conn).size(), 13U);
+    EXPECT_TRUE(conn.ends_with("S!extracta_control_connremainder!\r\n"));
+    EXPECT_NE(entries.at("extracta_control_connremainder.txt")
+                  .find("\tNET_NAME !='Z''\r\n\tNET_NAME !='x y'\r\n\tNET_NAME !='C'\r\n"
+                        "\tNET_NAME !='B'\r\n"),
+              std::string::npos);
+}
+
+TEST_F(DefaultRun, keepsNamesOfNetsOffTheLinesOfAControlFile) {
+    useSurvey({{"A\n\tOR\n\tCLASS = PIN", 9}, {"B\rEND", 9}, {"../../C", 2}, {"$(touch x)", 1}});
+    ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
+    const Strings started = order();
+    EXPECT_EQ(started.size(), 10U + 6U + 1U);
+    EXPECT_EQ(started[10], "conn0_______C_CONDUCTOR_ETCH");
+    EXPECT_EQ(started[13], "conn1___touch_x__CONDUCTOR_ETCH");
+    EXPECT_EQ(files(), (std::set<std::string>{"design.mcm", "order", "out.vlx"}));
+}
+
+TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
+    makeDesign();
+    for (const char* fault : {"GND=empty-output", "GND=header-only", "remainder=empty-output"}) {
+        environment["EXTRACTA_STANDIN_FAULT"] = fault;
+        EXPECT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0) << fault;
+        const std::string conn = packed(directory / "out.vlx").at("conn.txt");
+        EXPECT_EQ(conn.find("S!") == std::string::npos, false) << fault;
+        if (std::string(fault) == "GND=empty-output") {
+            EXPECT_EQ(conn.substr(0, 6), "\r\n\r\nS!");
+        }
+    }
+}
+
+TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
+    makeDesign();
+    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
+    environment["EXTRACTA_STANDIN_FAULT"] = "=sleep:40";
+    environment["LD_PRELOAD"] = HARDWARE_THREADS;
+    environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+    for (const int limit : {1, 3, 8}) {
+        writeFile(tools / "trace", "");
+        environment["HARDWARE_THREADS"] = std::to_string(2 * limit);
+        ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
+        std::multimap<long long, int> changes;
+        std::istringstream trace(readFile(tools / "trace"));
+        std::string what;
+        std::string name;
+        for (long long process = 0, time = 0; trace >> what >> name >> process >> time;) {
+            changes.emplace(time, what == "start" ? 1 : -1);
+        }
+        int running = 0;
+        int most = 0;
+        for (const auto& change : changes) {
+            running += change.second;
+            most = std::max(most, running);
+        }
+        EXPECT_EQ(changes.size(), 2U * 23U);
+        EXPECT_EQ(most, limit);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/Archive.h"
+#include "support/Processes.h"
+#include "support/ProgramRun.h"
+#include "support/TemporaryDirectory.h"
+
+/// The built VelExtracta beside a small generated design, with the stand-in extractor.
+class EndToEnd : public testing::Test {
+protected:
+    using Strings = std::vector<std::string>;
+
+    void makeDesign(const Strings& options = {"--nets", "30", "--records", "1500"}) {
+        Strings arguments{MAKE_DESIGN};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        arguments.push_back(design.string());
+        const Outcome made = runProgram({arguments, {}, {}, {}});
+        ASSERT_EQ(made.exitCode, 0) << made.errors;
+    }
+
+    Command command(const Strings& arguments) const {
+        Command result{{VELEXTRACTA}, environment, directory.path(), limits};
+        result.arguments.insert(result.arguments.end(), arguments.begin(), arguments.end());
+        return result;
+    }
+
+    Outcome run(const Strings& arguments) const { return runProgram(command(arguments)); }
+
+    /// Extracta is a script instead; $design, $control and $first are the paths it is given.
+    void useScript(const std::string& body) {
+        environment["VELTAR_EXTRACTA_PATHOVERRIDE"] =
+            writeScript(tools / "the extracta", "design=$4; control=$5; first=$6\n" + body)
+                .string();
+    }
+
+    /// A script that goes on as the stand-in.
+    static std::string goOn() { return std::string("exec '") + EXTRACTA_STANDIN + "' \"$@\"\n"; }
+
+    /// Everything in the test's directory, by path relative to it.
+    std::set<std::string> files() const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(directory.path())) {
+            names.insert(entry.path().lexically_relative(directory.path()).string());
+        }
+        return names;
+    }
+
+    /// Whether a process runs that has the test's directory on its command line.
+    bool anyProcessLeft() const {
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            const std::string id = entry.path().filename();
+            if (id.find_first_not_of("0123456789") == std::string::npos &&
+                readFile(entry.path() / "cmdline").find(directory.path().string()) !=
+                    std::string::npos &&
+                isRunning(std::stoi(id))) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// The packed files by their bare names.
+    static std::map<std::string, std::string> packed(const std::filesystem::path& archive) {
+        std::map<std::string, std::string> result;
+        for (const auto& [name, bytes] : readArchive(archive)) {
+            result[std::filesystem::path(name).filename()] = bytes;
+        }
+        return result;
+    }
+
+    const TemporaryDirectory directory;
+    const TemporaryDirectory tools;
+    const std::filesystem::path design = directory / "design.mcm";
+    std::map<std::string, std::string> environment{
+        {"VELTAR_EXTRACTA_PATHOVERRIDE", EXTRACTA_STANDIN}};
+    std::vector<std::pair<int, rlim_t>> limits;
+};

@@ -1,0 +1,96 @@
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <thread>
+
+#include "endtoend/EndToEnd.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class Signals : public EndToEnd {
+protected:
+    void SetUp() override {
+        makeDesign();
+        writeFile(directory / "out.vlx", "an older archive");
+        before = files();
+    }
+
+    void expectNothingLeft() {
+        EXPECT_FALSE(anyProcessLeft());
+        EXPECT_EQ(files(), before);
+    }
+
+    std::set<std::string> before;
+};
+
+TEST_F(Signals, atAnyMomentEndTheRunCleanly) {
+    constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+    std::mt19937 random(20);
+    // Until well behind the end of a run of this design; the loaded machine decides how far.
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
+    const std::size_t entries = packed(directory / "out.vlx").size();
+    const auto length = std::chrono::steady_clock::now() - start;
+    for (int round = 0; round < 60; ++round) {
+        writeFile(directory / "out.vlx", "an older archive");
+        const int signal = kSignals[round % 3];
+        ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
+        std::this_thread::sleep_for(length * (random() % 1000) / 1000);
+        kill(program.id(), signal);
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
+        kill(program.id(), SIGTERM);  // a second one while the first is obeyed
+        const Outcome outcome = program.wait();
+        const std::string archive = readFile(directory / "out.vlx");
+        if (archive != "an older archive") {
+            EXPECT_EQ(packed(directory / "out.vlx").size(), entries);
+        }
+        EXPECT_TRUE(outcome.exitCode == 128 + signal || outcome.exitCode == 0 ||
+                    outcome.exitCode == 128 + SIGTERM)
+            << outcome.exitCode;
+        if (outcome.exitCode == 0) {
+            EXPECT_NE(archive, "an older archive");
+        }
+        expectNothingLeft();
+    }
+}
+
+TEST_F(Signals, endEveryDescendantOfAHangingChild) {
+    environment["EXTRACTA_STANDIN_FAULT"] = "paddef=hang";
+    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        writeFile(tools / "trace", "");
+        ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
+        ASSERT_TRUE(eventually(
+            [&] { return readFile(tools / "trace").find("child ") != std::string::npos; }));
+        EXPECT_TRUE(anyProcessLeft());
+        kill(program.id(), signal);
+        EXPECT_EQ(program.wait().exitCode, 128 + signal);
+        expectNothingLeft();
+    }
+}
+
+TEST_F(Signals, thatKillTheProgramKillItsChildrenToo) {
+    environment["EXTRACTA_STANDIN_FAULT"] = "layer=hang";
+    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
+    ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
+    ASSERT_TRUE(
+        eventually([&] { return readFile(tools / "trace").find("child ") != std::string::npos; }));
+    kill(program.id(), SIGKILL);
+    EXPECT_EQ(program.wait().exitCode, 128 + SIGKILL);
+    EXPECT_TRUE(eventually([this] { return !anyProcessLeft(); }));
+    EXPECT_EQ(readFile(directory / "out.vlx"), "an older archive");
+}
+
+TEST_F(Signals, thatTheCallerIgnoresStayIgnored) {
+    environment["EXTRACTA_STANDIN_FAULT"] = "layer=sleep:300";
+    std::signal(SIGHUP, SIG_IGN);
+    ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
+    std::signal(SIGHUP, SIG_DFL);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    kill(program.id(), SIGHUP);
+    EXPECT_EQ(program.wait().exitCode, 0);
+}
+
+}  // namespace

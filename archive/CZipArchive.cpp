@@ -15,7 +15,7 @@ namespace velextracta {
 
 namespace {
 
-/// On view files a little smaller than the level 6 of most zip programs, and faster than our own.
+/// Packs view files tighter than the level 6 of common zip programs, and faster than level 6 here.
 constexpr int kLevelOfDefault = 5;
 constexpr int kHighestLevel = 9;
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <fstream>
+#include <utility>
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
@@ -96,9 +97,9 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
     return true;
 }
 
-bool ExtractaExecutor::fail(const AString& message) {
-    errorMessage = message;
-    tkcore::writeLog(0, "error: " + errorMessage);
+bool ExtractaExecutor::fail(AString message) {
+    tkcore::VelDebug(0, "error: %s", message);
+    errorMessage = std::move(message);
     return false;
 }
 

@@ -64,7 +64,7 @@ private:
                                              std::vector<ActiveView>& activeViews);
 
     /// Keeps and logs the text; false, for the caller to return.
-    bool fail(const tkcore::AString& message);
+    bool fail(tkcore::AString message);
 
     tkcore::AString errorMessage;
     tkcore::LongFileName workingDir;  // kept even when it could not be created

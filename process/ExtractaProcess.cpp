@@ -45,7 +45,7 @@ public:
 
 AString extractaExecutableName() {
     const char* override = std::getenv("VELTAR_EXTRACTA_PATHOVERRIDE");
-    const AString name = override == nullptr ? "extracta.exe" : override;
+    AString name = override == nullptr ? "extracta.exe" : override;
     VelDebug(2, "*ExtractaViewGenerator: extractaname %s\n", name);
     return name;
 }
@@ -117,7 +117,8 @@ bool ProcessRunning(tkcore::ProcessHandle handle, const AString& processName,
     if (readEnd != nullptr) {
         tkcore::drainPipe(readEnd, output);
         if (!output.empty()) {
-            message += ": " + output;
+            message += ": ";
+            message += output;
         }
     }
     throw ExtractaParserException(message);

@@ -76,6 +76,7 @@ void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
                                         const std::vector<ActiveView>& views,
                                         const LongFileName& workingDir) {
     std::vector<LongFileName> files;
+    files.reserve(views.size());
     for (const ActiveView& view : views) {
         files.emplace_back(view.path);
     }

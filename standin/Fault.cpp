@@ -151,6 +151,8 @@ std::optional<int> sufferBeforeOutput(const std::vector<Fault>& faults, const Tr
                 std::this_thread::sleep_for(std::chrono::milliseconds(fault.amount));
                 break;
             case FaultAction::kKill:
+                // A handler, as a sanitizer has one for crashes, would make an exit of it.
+                ::signal(static_cast<int>(fault.amount), SIG_DFL);
                 ::kill(::getpid(), static_cast<int>(fault.amount));
                 break;
             default:

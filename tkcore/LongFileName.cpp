@@ -10,7 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path toPath(const LongFileName& file) {
-    return fs::path(VEL_ANSI(file.FilePath()));
+    return {VEL_ANSI(file.FilePath())};
 }
 
 }  // namespace

@@ -1,16 +1,14 @@
-#include <clocale>
 #include <csignal>
 #include <random>
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <utime.h>
 
 #include "archive/CZipArchive.h"
-#include "archive/FileSizeLimit.h"
+#include "support/Archive.h"
+#include "support/FileSizeLimit.h"
 #include "support/TemporaryDirectory.h"
 #include "tkcore/Interruption.h"
 
@@ -19,40 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-
-struct ReadEntry {
-    std::string name;
-    std::string bytes;
-    std::time_t modificationTime;
-    unsigned mode;
-};
-
-/// What another implementation than the writer's finds in the archive; it also checks the CRCs.
-std::vector<ReadEntry> readBack(const fs::path& path) {
-    std::setlocale(LC_CTYPE, "C.UTF-8");
-    const std::unique_ptr<archive, decltype(&archive_read_free)> reader(archive_read_new(),
-                                                                        &archive_read_free);
-    archive_read_support_format_zip_seekable(reader.get());
-    if (archive_read_open_filename(reader.get(), path.c_str(), 65536) != ARCHIVE_OK) {
-        throw std::runtime_error(archive_error_string(reader.get()));
-    }
-    std::vector<ReadEntry> entries;
-    for (archive_entry* entry = nullptr;
-         archive_read_next_header(reader.get(), &entry) == ARCHIVE_OK;) {
-        ReadEntry& read =
-            entries.emplace_back(ReadEntry{archive_entry_pathname(entry), "",
-                                           archive_entry_mtime(entry), archive_entry_mode(entry)});
-        char buffer[65536];
-        la_ssize_t count = 0;
-        while ((count = archive_read_data(reader.get(), buffer, sizeof buffer)) > 0) {
-            read.bytes.append(buffer, static_cast<std::size_t>(count));
-        }
-        if (count < 0) {
-            throw std::runtime_error(archive_error_string(reader.get()));
-        }
-    }
-    return entries;
-}
 
 std::string viewText(std::size_t size) {
     std::mt19937 random(size);
@@ -113,7 +77,7 @@ TEST_F(CZipArchiveTest, ItGivesBackTheBytesWhateverThePieces) {
             for (const auto& [name, bytes] : contents) {
                 writeFile(input, bytes);
                 pack({input}, pieceSize, level);
-                const auto entries = readBack(output);
+                const auto entries = readArchive(output);
                 ASSERT_EQ(entries.size(), 1U);
                 EXPECT_TRUE(entries[0].bytes == bytes) << name << pieceSize << ' ' << level;
                 EXPECT_LT(fs::file_size(output), bytes.size() * 1.02 + 300) << name << pieceSize;
@@ -125,11 +89,12 @@ TEST_F(CZipArchiveTest, ItGivesBackTheBytesWhateverThePieces) {
 TEST_F(CZipArchiveTest, ItNamesEntriesByTheirPathsAndMarksUtf8) {
     constexpr unsigned kUtf8Mark = 0x800;
     const std::pair<std::string, unsigned> cases[] = {
-        {"plain", 0}, {"\xE5\xB1\xA4", kUtf8Mark}, {"latin-1 \xDF", 0}, {"a\\b", 0}};
+        {"plain", 0},        {"\xE5\xB1\xA4", kUtf8Mark}, {"latin-1 \xDF", 0},
+        {"cut \xE5\xB1", 0}, {"overlong \xC0\xBF", 0},    {"a\\b", 0}};
     for (const auto& [name, flags] : cases) {
         writeFile(folder / name, name);
         pack({folder / name});
-        EXPECT_EQ("/" + readBack(output).at(0).name, (folder / name).string());
+        EXPECT_EQ("/" + readArchive(output).at(0).name, (folder / name).string());
         EXPECT_EQ(centralField(8, 2), flags) << name;
     }
 }
@@ -143,7 +108,7 @@ TEST_F(CZipArchiveTest, ItKeepsModeAndTimeToTheSecond) {
     const utimbuf times{0, std::mktime(&local)};
     ASSERT_EQ(utime(input.c_str(), &times), 0);
     pack({input});
-    const auto entries = readBack(output);
+    const auto entries = readArchive(output);
     EXPECT_EQ(entries.at(0).modificationTime, times.modtime);
     EXPECT_EQ(entries.at(0).mode, S_IFREG | 0751U);
     EXPECT_EQ(centralField(12, 2), 5U << 11U | 6U << 5U | 4U);  // two-second steps
@@ -155,7 +120,7 @@ TEST_F(CZipArchiveTest, ItKeepsTheOrderOfAddingAndOfADirectoryOnlyItsEntry) {
     writeFile(folder / "sub/inside", "x");
     writeFile(input, "text");
     pack({input, folder / "sub"});
-    const auto entries = readBack(output);
+    const auto entries = readArchive(output);
     ASSERT_EQ(entries.size(), 2U);
     EXPECT_EQ("/" + entries[1].name, (folder / "sub/").string());
     EXPECT_TRUE(S_ISDIR(entries[1].mode));
@@ -164,17 +129,6 @@ TEST_F(CZipArchiveTest, ItKeepsTheOrderOfAddingAndOfADirectoryOnlyItsEntry) {
 TEST_F(CZipArchiveTest, ItMayBeEmpty) {
     pack({});
     EXPECT_EQ(readFile(output), std::string("PK\x05\x06") + std::string(18, '\0'));
-}
-
-TEST_F(CZipArchiveTest, ItHoldsWhatCouldBeReadOfAFileShorterThanItsSize) {
-    const fs::path shorter = "/sys/devices/system/cpu/online";  // always says it has a page
-    if (!fs::exists(shorter) || readFile(shorter).size() >= fs::file_size(shorter)) {
-        GTEST_SKIP() << "no such file on this system";
-    }
-    for (const std::size_t pieceSize : {1, 1000, 1 << 20}) {
-        pack({shorter}, pieceSize);
-        EXPECT_EQ(readBack(output).at(0).bytes, readFile(shorter));
-    }
 }
 
 TEST_F(CZipArchiveTest, ItIsAbandonedByAFileItCannotRead) {

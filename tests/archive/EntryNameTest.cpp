@@ -30,17 +30,5 @@ TEST(EntryName, ItKeepsThePathWithoutWhatLeadsOutOfAFolder) {
     }
 }
 
-TEST(EntryName, ItIsMarkedOnlyIfItIsUtf8BeyondAscii) {
-    EXPECT_FALSE(needsUtf8Mark("layer.txt"));
-    EXPECT_TRUE(
-        needsUtf8Mark("Stra\xC3\x9F"
-                      "e/\xE5\xB1\xA4"));
-    EXPECT_FALSE(
-        needsUtf8Mark("Stra\xDF"
-                      "e"));                      // Latin-1
-    EXPECT_FALSE(needsUtf8Mark("cut \xE5\xB1"));  // an end is missing
-    EXPECT_FALSE(needsUtf8Mark("\xC0\xAF overlong"));
-}
-
 }  // namespace
 }  // namespace velextracta

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "archive/FileSizeLimit.h"
 #include "support/TemporaryDirectory.h"
 #include "tkcore/ReplacementFile.h"
 
@@ -67,23 +66,6 @@ TEST_F(ReplacementFileTest, ItReplacesAnOlderFileAndKeepsItsMode) {
     EXPECT_THAT(names(), ElementsAre(longestName));
 }
 
-TEST_F(ReplacementFileTest, ItWritesWhereItWasPositioned) {
-    std::string expected;
-    ReplacementFile file(folder / "out");
-    for (const std::size_t size : {5, 1 << 20, 3, (1 << 20) + 1, 700000, 700000}) {
-        const std::string text(size, static_cast<char>('a' + expected.size() % 26));
-        EXPECT_EQ(file.tell(), expected.size());
-        file.write(text.data(), size);
-        expected += text;
-        file.seek(2);
-        file.write("##", 2);
-        expected.replace(2, 2, "##");
-        file.seek(expected.size());
-    }
-    file.commit();
-    EXPECT_TRUE(readFile(folder / "out") == expected);
-}
-
 TEST_F(ReplacementFileTest, ItFollowsLinksToAFileOrToNone) {
     fs::create_directory(folder / "there");
     writeFile(folder / "there/old", "old");
@@ -126,19 +108,6 @@ TEST_F(ReplacementFileTest, ItRefusesWhatTheUserMayNotWrite) {
         _exit(testing::Test::HasFailure() ? 1 : 0);
     };
     EXPECT_EXIT(asOrdinaryUser(), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(ReplacementFileTest, ItFailsForGoodOnceTheDiskWasFull) {
-    const std::string text(3 << 20, 'x');
-    {
-        ReplacementFile file(folder / "out");
-        {
-            const FileSizeLimit limit(1 << 20);
-            EXPECT_THROW(file.write(text.data(), text.size()), std::system_error);
-        }
-        EXPECT_THROW(file.commit(), std::system_error);
-    }
-    EXPECT_THAT(names(), IsEmpty());
 }
 
 }  // namespace

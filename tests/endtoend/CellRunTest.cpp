@@ -41,7 +41,7 @@ TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
     }
     const std::regex name(directory.path().string().substr(1) + "/extract[0-9]+/[a-z_]+\\.txt");
     for (const auto& entry : readArchive(directory / "out.vlx")) {
-        EXPECT_TRUE(std::regex_match(entry.first, name)) << entry.first;
+        EXPECT_TRUE(std::regex_match(entry.name, name)) << entry.name;
     }
 }
 

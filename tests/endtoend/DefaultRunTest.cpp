@@ -183,12 +183,17 @@ TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
 TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
     makeDesign();
     environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
-    environment["EXTRACTA_STANDIN_FAULT"] = "=sleep:40";
+    // The first children wait for each other: too low a limit would keep them waiting for ever.
+    useScript(
+        "touch ../started.$$\n"
+        "until [ $(ls ../started.* | wc -l) -ge $LIMIT ]; do sleep 0.01; done\n" +
+        goOn());
     environment["LD_PRELOAD"] = HARDWARE_THREADS;
     environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
     for (const int limit : {1, 3, 8}) {
         writeFile(tools / "trace", "");
-        environment["HARDWARE_THREADS"] = std::to_string(2 * limit);
+        environment["LIMIT"] = std::to_string(limit);
+        environment["HARDWARE_THREADS"] = std::to_string(2 * limit + 1);
         ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
         std::multimap<long long, int> changes;
         std::istringstream trace(readFile(tools / "trace"));
@@ -204,7 +209,12 @@ TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
             most = std::max(most, running);
         }
         EXPECT_EQ(changes.size(), 2U * 23U);
-        EXPECT_EQ(most, limit);
+        EXPECT_LE(most, limit);
+        for (const std::string& file : files()) {
+            if (file.starts_with("started.")) {
+                fs::remove(directory / file);
+            }
+        }
     }
 }
 

@@ -70,8 +70,8 @@ protected:
     /// The packed files by their bare names.
     static std::map<std::string, std::string> packed(const std::filesystem::path& archive) {
         std::map<std::string, std::string> result;
-        for (const auto& [name, bytes] : readArchive(archive)) {
-            result[std::filesystem::path(name).filename()] = bytes;
+        for (const ArchiveEntry& entry : readArchive(archive)) {
+            result[std::filesystem::path(entry.name).filename()] = entry.bytes;
         }
         return result;
     }

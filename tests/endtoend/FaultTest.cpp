@@ -148,6 +148,11 @@ TEST_F(Fault, ofTheOutputPathIsAFailedPackaging) {
         expectFailure(fault);
     }
     EXPECT_EQ(readFile(directory / "file"), "mine");
+    expectFailure({"no new folder",
+                   {"-cell", "design.mcm", "/proc"},
+                   "",
+                   kNotCreated,
+                   "error: Could not create working directory at \"/proc/extract"});
 }
 
 TEST_F(Fault, ofTheArgumentsShowsBeforeAnythingIsMade) {
@@ -168,28 +173,25 @@ TEST_F(Fault, ofTheArgumentsShowsBeforeAnythingIsMade) {
 }
 
 TEST_F(Fault, ofAFullDiskLosesNothing) {
-    // A limit on the size of a file stands for the full disk; one page more or less decides where.
-    const struct {
-        const char* what;
-        Strings arguments;
-        rlim_t size;
-        const char* errors;
-    } cases[] = {
-        {"control file", kCell, 100, kNotCreated},
-        {"control files", kDefault, 100, kNotCreated},
-        {"merge", kDefault, 190'000, kNotCreated},
-        {"archive", kCell, 30'000, kNotPacked},
+    // A limit on the size of a file stands for the full disk. It holds for the log as well, but
+    // not for extracta, so that the views are whole.
+    const std::pair<rlim_t, Case> cases[] = {
+        {100, {"control file", kCell, "", kNotCreated, ""}},
+        {100, {"control files", kDefault, "", kNotCreated, ""}},
+        {190'000, {"merge", kDefault, "", kNotCreated, " to combined connectivity file"}},
+        {30'000, {"archive", kCell, "", kNotPacked, "error with boost::filesystem"}},
     };
-    environment["TKCORE_LOG"] = "";
-    for (const auto& [what, arguments, size, errors] : cases) {
-        // The views themselves are written without the limit.
-        useScript("ulimit -S -f unlimited\n" + goOn());
+    useScript("ulimit -S -f unlimited\n" + goOn());
+    for (const auto& [size, fault] : cases) {
         limits = {{RLIMIT_FSIZE, size}};
-        expectFailure({what, arguments, "", errors, ""});
+        expectFailure(fault);
     }
 }
 
 TEST_F(Fault, ofDescriptorsEndsTheRun) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizers' check of types opens a pipe, and reports when it cannot";
+#endif
     for (const rlim_t count : {6, 7, 8, 10, 12, 16}) {
         limits = {{RLIMIT_NOFILE, count}};
         SCOPED_TRACE(count);

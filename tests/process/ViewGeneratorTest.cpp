@@ -107,32 +107,6 @@ TEST_F(ViewGenerator, keepsHundredsQueuedWithoutDescriptors) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(ViewGenerator, reportsAnExitCodeWithAllThatWasPrinted) {
-    const struct {
-        const char* body;
-        const char* message;
-    } cases[] = {
-        {"printf ERROR:; sleep 0.02; printf ' bad view' >&2; exit 3",
-         "extracta exited with non-zero exit code 3: ERROR: bad view"},
-        {"exit 1", "extracta exited with non-zero exit code 1"},
-        {"kill -9 $$", "extracta exited with non-zero exit code 137"},
-    };
-    for (const auto& [body, message] : cases) {
-        useExtracta(body);
-        EXPECT_EQ(failureOf([this] { start("").waitForViewFile(); }), message);
-        generators.clear();
-    }
-}
-
-TEST_F(ViewGenerator, failsWithTheFailureOfAnyOther) {
-    useExtracta("case $control in *bad) exit 9;; esac; sleep 1000\n");
-    ExtractaViewGenerator::maxConcurrentExtractas = 2;
-    ExtractaViewGenerator& awaited = start("good");
-    start("bad");
-    EXPECT_EQ(failureOf([&] { awaited.waitForViewFile(); }),
-              "extracta exited with non-zero exit code 9");
-}
-
 TEST_F(ViewGenerator, endsItsProcessWhenDropped) {
     useExtracta("sleep 1000 & echo $! > child; echo $$ > parent; wait\n");
     start("dropped");
@@ -152,22 +126,6 @@ TEST_F(ViewGenerator, leavesTheQueueWhenDropped) {
     generators.erase(generators.begin() + 1);
     generators.back()->waitForViewFile();
     EXPECT_EQ(words("order"), "extracta_control_conn1 extracta_control_conn3");
-}
-
-TEST_F(ViewGenerator, saysWhyExtractaCannotStart) {
-    const struct {
-        std::string executable;
-        std::string message;
-    } cases[] = {
-        {"no-such-extracta.exe",
-         "CreateProcess failed with error 2: Could not find application "
-         "no-such-extracta.exe"},
-        {"/", "CreateProcess failed with error 13: Permission denied"},
-    };
-    for (const auto& [executable, message] : cases) {
-        setenv("VELTAR_EXTRACTA_PATHOVERRIDE", executable.c_str(), 1);
-        EXPECT_EQ(failureOf([this] { start(""); }), message);
-    }
 }
 
 TEST_F(ViewGenerator, namesTheDirectoryWhenTheControlFileCannotBeWritten) {

@@ -24,39 +24,6 @@ std::string complaintAbout(const std::string& text) {
     return "accepted";
 }
 
-struct ConditionCase {
-    const char* line;
-    const char* field;
-    Comparison comparison;
-    const char* value;
-};
-
-TEST(ControlFile, ItReadsEveryFormOfCondition) {
-    constexpr ConditionCase kCases[] = {
-        {"CLASS = 'ETCH'", "CLASS", Comparison::kEqual, "ETCH"},
-        {"CLASS != 'ETCH'", "CLASS", Comparison::kNotEqual, "ETCH"},
-        {"NET_NAME ='GND'", "NET_NAME", Comparison::kEqual, "GND"},
-        {"NET_NAME !='GND'", "NET_NAME", Comparison::kNotEqual, "GND"},
-        {"NET_NAME != ''", "NET_NAME", Comparison::kNotEqual, ""},
-        {"CLASS = VIA CLASS", "CLASS", Comparison::kEqual, "VIA CLASS"},
-        {"NET_NAME =' A'B = 'C''", "NET_NAME", Comparison::kEqual, " A'B = 'C'"},
-        {"NET_NAME ='''", "NET_NAME", Comparison::kEqual, "'"},
-        {"NET_NAME ='\xC3\x28\xFF'", "NET_NAME", Comparison::kEqual, "\xC3\x28\xFF"},
-    };
-    for (const ConditionCase& expected : kCases) {
-        SCOPED_TRACE(expected.line);
-        const std::string text = std::string("NET\n\n\t") + expected.line + "\n\n\tF\n\nEND\n\n";
-        const auto blocks = parseControlFile(withCrLf(text));
-        ASSERT_EQ(blocks.size(), 1U);
-        ASSERT_EQ(blocks[0].alternatives.size(), 1U);
-        ASSERT_EQ(blocks[0].alternatives[0].size(), 1U);
-        const Condition& condition = blocks[0].alternatives[0][0];
-        EXPECT_EQ(condition.field, expected.field);
-        EXPECT_EQ(condition.comparison, expected.comparison);
-        EXPECT_EQ(condition.value, expected.value);
-    }
-}
-
 TEST(ControlFile, ItKeepsAlternativesConditionsAndFieldsApart) {
     const auto blocks = parseControlFile(
         withCrLf("PAD_DEF\n\n\t\nEND\n\n"
@@ -81,27 +48,21 @@ struct MalformedCase {
 TEST(ControlFile, ItNamesTheLineThatIsMalformed) {
     constexpr MalformedCase kCases[] = {
         {"", "line 1: the file holds no view block"},
-        {"\n", "line 1: expected a view keyword"},
         {"net\n\n\tA\n\nEND\n\n", "line 1: expected a view keyword"},
         {"NET\n\tA\n\nEND\n\n", "line 2: expected an empty line after the view keyword"},
         {"NET\n\nA\n\nEND\n\n", "line 3: expected a line led by a tab"},
         {"NET\n\n\tA", "line 3: the last line does not end with CR LF"},
         {"NET\n\n\tA\n\n", "line 5: the file ends inside a view block"},
         {"NET\n\n\tA\nEND\n\n", "line 4: expected an empty line after the fields"},
-        {"NET\n\n\tA\n\nEND\n", "line 6: the file ends inside a view block"},
         {"NET\n\n\tA\n\nFIN\n\n", "line 5: expected END"},
         {"NET\n\n\tA\n\t\n\nEND\n\n", "line 4: expected a field name"},
-        {"NET\n\n\t\n\nEND\n\n", "line 4: expected END"},
         {"NET\n\n\t A\n\nEND\n\n", "line 3: malformed condition"},
         {"NET\n\n\tA = 'x'\nB\n", "line 4: expected an empty line after the filters"},
         {"NET\n\n\tA = 'x\n\n\tA\n\nEND\n\n", "line 3: malformed condition \"A = 'x\""},
-        {"NET\n\n\tA = '\n\n\tA\n\nEND\n\n", "the closing quote must end the line"},
         {"NET\n\n\tA = 'x' \n\n\tA\n\nEND\n\n", "the closing quote must end the line"},
         {"NET\n\n\tA < 'x'\n\n\tA\n\nEND\n\n", "the operator must be = or !="},
         {"NET\n\n\tA='x'\n\n\tA\n\nEND\n\n", "a field name and a blank must come first"},
         {"NET\n\n\tA != x\n\n\tA\n\nEND\n\n", "a value without quotes"},
-        {"NET\n\n\tA =x\n\n\tA\n\nEND\n\n", "a value without quotes"},
-        {"NET\n\n\tA =\n\n\tA\n\nEND\n\n", "a value without quotes"},
         {"NET\n\n\tOR\n\tA = 'x'\n\n\tA\n\nEND\n\n", "line 3: a condition is missing"},
         {"NET\n\n\tA = 'x'\n\tOR\n\tB = 'y'\n\t\n\n\tA\n\nEND\n\n", "line 4: an alternative needs"},
         {"NET\n\n\tA = 'x'\n\t\n\tOR\n\n\tA\n\nEND\n\n", "line 6: a condition is missing"},

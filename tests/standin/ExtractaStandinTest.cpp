@@ -45,14 +45,14 @@ TEST_F(ExtractaStandin, ItWritesTheRecordsThatPassTheFilters) {
     for (const QueryCase& query : kCases) {
         writeControlFile(std::string("NET\n\n") + query.filters + query.fields + "\nEND\n\n");
         const Outcome outcome = extract();
-        EXPECT_TRUE(succeeded(outcome)) << outcome.printed;
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
         EXPECT_EQ(records(), query.records) << query.filters << query.fields;
     }
 }
 
 TEST_F(ExtractaStandin, ItPutsHeaderAndJRecordFirst) {
     executeSql("CREATE TABLE design (value TEXT); INSERT INTO design VALUES ('microns')");
-    ASSERT_TRUE(succeeded(extract()));
+    ASSERT_EQ(extract().exitCode, 0);
     EXPECT_TRUE(read("out.txt").starts_with("A!NET_NAME!\r\nJ!" + at("design.mcm") +
                                             "!microns!\r\nS!GND!\r\n"));
 }
@@ -69,79 +69,23 @@ TEST_F(ExtractaStandin, ItRefusesWhatTheDesignLacksBeforeItWritesAnything) {
     for (const auto& [block, complaint] : cases) {
         writeControlFile(good + block);
         const Outcome outcome = extract({"first.txt", "second.txt"});
-        EXPECT_TRUE(failedWith(outcome, complaint)) << outcome.printed;
+        expectFailure(outcome, complaint);
         EXPECT_FALSE(std::filesystem::exists(at("first.txt")));
     }
 }
 
 TEST_F(ExtractaStandin, ItSaysWhichFileItCannotUse) {
-    EXPECT_TRUE(failedWith(extract({"no/such/out.txt"}), "cannot open the output file"));
-    EXPECT_TRUE(failedWith(extract({"/dev/full"}), "/dev/full: cannot write the output file"));
-    EXPECT_TRUE(failedWith(extract({"design.mcm"}), "is an input and an output at once"));
-    EXPECT_TRUE(failedWith(start({EXTRACTA_STANDIN_PATH, "-m", "a", "b", "c"}), "expected -k"));
+    expectFailure(extract({"no/such/out.txt"}), "cannot open the output file");
+    expectFailure(extract({"/dev/full"}), "/dev/full: cannot write the output file");
+    expectFailure(extract({"design.mcm"}), "is an input and an output at once");
+    expectFailure(runProgram({{EXTRACTA_STANDIN_PATH, "-m", "a", "b", "c"}, {}, {}, {}}),
+                  "expected -k");
     executeSql("INSERT INTO NET VALUES ('A!B', '', '')");
-    EXPECT_TRUE(failedWith(extract(), "cannot hold the value \"A!B\""));
-    std::ofstream(at("design.mcm")) << std::string(4096, 'x');
-    EXPECT_TRUE(failedWith(extract(), "file is not a database"));
+    expectFailure(extract(), "cannot hold the value \"A!B\"");
+    writeFile(at("design.mcm"), std::string(4096, 'x'));
+    expectFailure(extract(), "file is not a database");
     std::filesystem::remove(at("control.txt"));
-    EXPECT_TRUE(failedWith(extract(), "cannot read the control file"));
-}
-
-struct FaultCase {
-    const char* rules;
-    int exitCode;
-    const char* printed;
-    const char* beginning;  // of the output; null where there is no output file
-};
-
-TEST_F(ExtractaStandin, ItMisbehavesAsToldWhenTheOutputsNameMatches) {
-    constexpr FaultCase kCases[] = {
-        {"net=exit:3:no", 0, "", "A!NET_NAME!\r\nJ!"},
-        {"out=exit:3:ERROR: bad view", 3, "ERROR: bad view", nullptr},
-        {"other=exit:4:no;=late-exit:5:late", 5, "late", "A!NET_NAME!\r\nJ!"},
-        {"=no-output", 0, "", nullptr},
-        {"=empty-output", 0, "", ""},
-        {"=half-line", 0, "", "A!NET"},
-        {"=header-only", 0, "", "A!NET_NAME!\r\n"},
-        {"=bare-line-feeds", 0, "", "A!NET_NAME!\nJ!"},
-        {"=flood:12:0", 0, "extracta is ", "A!NET_NAME!\r\nJ!"},
-        {"=flood:8:7", 7, "extracta", nullptr},
-        {"=sleep:1", 0, "", "A!NET_NAME!\r\nJ!"},
-    };
-    for (const FaultCase& fault : kCases) {
-        SCOPED_TRACE(fault.rules);
-        std::filesystem::remove(at("out.txt"));
-        ::setenv("EXTRACTA_STANDIN_FAULT", fault.rules, 1);
-        const Outcome outcome = extract();
-        EXPECT_EQ(WEXITSTATUS(outcome.waitStatus), fault.exitCode);
-        EXPECT_EQ(outcome.printed, fault.printed);
-        const std::string text = read("out.txt");
-        const std::string beginning = fault.beginning == nullptr ? "" : fault.beginning;
-        EXPECT_EQ(std::filesystem::exists(at("out.txt")), fault.beginning != nullptr);
-        EXPECT_TRUE(text.starts_with(beginning)) << text;
-        EXPECT_EQ(text.size() > beginning.size(), beginning.ends_with("J!")) << text;
-    }
-}
-
-TEST_F(ExtractaStandin, ItRefusesFaultRulesItDoesNotKnow) {
-    for (const char* rules : {"exit:1:x", "=explode", "=exit:256:x", "=sleep:", "=hang:1"}) {
-        ::setenv("EXTRACTA_STANDIN_FAULT", rules, 1);
-        EXPECT_TRUE(failedWith(extract(), "EXTRACTA_STANDIN_FAULT: ")) << rules;
-    }
-}
-
-TEST_F(ExtractaStandin, ItTracesItsEndUnlessItIsKilled) {
-    ::setenv("EXTRACTA_STANDIN_TRACE", at("trace").c_str(), 1);
-    ASSERT_TRUE(succeeded(extract()));
-    ::setenv("EXTRACTA_STANDIN_FAULT", "=kill:9", 1);
-    const Outcome killed = extract();
-    EXPECT_EQ(WTERMSIG(killed.waitStatus), SIGKILL);
-    std::istringstream trace(read("trace"));
-    std::string events;
-    for (std::string event, name, pid, time; trace >> event >> name >> pid >> time;) {
-        events += event + ' ' + name + '\n';
-    }
-    EXPECT_EQ(events, "start out.txt\nend out.txt\nstart out.txt\n");
+    expectFailure(extract(), "cannot read the control file");
 }
 
 }  // namespace

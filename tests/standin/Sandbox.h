@@ -1,49 +1,28 @@
 #pragma once
 
-#include <filesystem>
-#include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-struct Outcome {
-    int waitStatus = 0;
-    std::string printed;  // standard output and standard error
-};
+#include "support/ProgramRun.h"
+#include "support/TemporaryDirectory.h"
 
-// A fresh directory; programs are started as a shell would, and no fault or trace is inherited.
+// A fresh directory with the two programs beside it.
 class Sandbox : public testing::Test {
 protected:
-    Sandbox() {
-        std::string pattern = testing::TempDir() + "standin-XXXXXX";
-        directory = ::mkdtemp(pattern.data());
-        ::unsetenv("EXTRACTA_STANDIN_FAULT");
-        ::unsetenv("EXTRACTA_STANDIN_TRACE");
-    }
-    ~Sandbox() override { std::filesystem::remove_all(directory); }
-
-    std::string at(const std::string& name) const { return (directory / name).string(); }
-
-    std::string read(const std::string& name) const {
-        std::ifstream file(at(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
+    std::string at(const std::string& name) const { return directory / name; }
+    std::string read(const std::string& name) const { return readFile(at(name)); }
 
     // The text is written with CR LF line ends.
     void writeControlFile(const std::string& text) const {
-        std::ofstream file(at("control.txt"), std::ios::binary);
+        std::string bytes;
         for (const char character : text) {
-            file << (character == '\n' ? "\r\n" : std::string(1, character));
+            bytes += character == '\n' ? "\r\n" : std::string(1, character);
         }
+        writeFile(at("control.txt"), bytes);
     }
 
     void executeSql(const std::string& sql) const {
@@ -53,49 +32,27 @@ protected:
         sqlite3_close(database);
     }
 
-    Outcome start(std::vector<std::string> words) const {
-        std::vector<char*> arguments;
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
-        arguments.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, at("printed").c_str(),
-                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-        pid_t child = 0;
-        Outcome outcome;
-        EXPECT_EQ(
-            posix_spawn(&child, words[0].c_str(), &actions, nullptr, arguments.data(), environ), 0);
-        EXPECT_EQ(::waitpid(child, &outcome.waitStatus, 0), child);
-        posix_spawn_file_actions_destroy(&actions);
-        outcome.printed = read("printed");
-        return outcome;
-    }
-
     Outcome extract(std::initializer_list<std::string> outputs = {"out.txt"}) const {
         std::vector<std::string> words{EXTRACTA_STANDIN_PATH, "-k", "-c", "-m", at("design.mcm"),
                                        at("control.txt")};
         for (const std::string& output : outputs) {
             words.push_back(output.starts_with('/') ? output : at(output));
         }
-        return start(std::move(words));
+        return runProgram({words, {}, {}, {}});
     }
 
     Outcome makeDesign(std::vector<std::string> options) const {
         options.insert(options.begin(), MAKE_DESIGN_PATH);
-        return start(std::move(options));
+        return runProgram({options, {}, {}, {}});
     }
-
-    static bool succeeded(const Outcome& outcome) { return outcome.waitStatus == 0; }
 
     // Failures are told in a single line, with exit code 1.
-    static bool failedWith(const Outcome& outcome, const std::string& fragment) {
-        return WIFEXITED(outcome.waitStatus) && WEXITSTATUS(outcome.waitStatus) == 1 &&
-               outcome.printed.find(fragment) != std::string::npos &&
-               outcome.printed.find('\n') == outcome.printed.size() - 1;
+    static void expectFailure(const Outcome& outcome, const std::string& fragment) {
+        const std::string printed = outcome.output + outcome.errors;
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_NE(printed.find(fragment), std::string::npos) << printed;
+        EXPECT_EQ(printed.find('\n'), printed.size() - 1) << printed;
     }
 
-    std::filesystem::path directory;
+    const TemporaryDirectory directory;
 };

@@ -64,11 +64,4 @@ TEST(AString, tokenizesAtEverySeparator) {
     EXPECT_THAT(AString("A B").TokenizeString(",", false), ElementsAre("A B"));
 }
 
-TEST(AString, matchesWithAndWithoutCase) {
-    EXPECT_TRUE(AString("-CELL").MatchNoCase("-cell"));
-    EXPECT_FALSE(AString("-cells").MatchNoCase("-cell"));
-    EXPECT_FALSE(AString(".TXT").Match(".txt"));
-    EXPECT_TRUE(AString(".txt").Match(".txt"));
-}
-
 }  // namespace

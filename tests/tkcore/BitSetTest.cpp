@@ -19,16 +19,6 @@ std::uint32_t nthSetBitByCounting(std::uint32_t value, std::uint32_t n) {
     return 0xFFFFFFFF;
 }
 
-TEST(BitUtilities, countEveryValueOfEveryWidth) {
-    for (std::uint32_t value = 0; value <= 0xffff; ++value) {
-        EXPECT_EQ(CountBits<16>(value), static_cast<std::uint32_t>(std::popcount(value)));
-        EXPECT_EQ(CountBits<8>(value & 0xff),
-                  static_cast<std::uint32_t>(std::popcount(value & 0xff)));
-        EXPECT_EQ(CountBits<4>(value & 0xf),
-                  static_cast<std::uint32_t>(std::popcount(value & 0xf)));
-    }
-}
-
 TEST(BitUtilities, findTheNthSetBit) {
     std::mt19937 random(1);
     for (int trial = 0; trial < 20'000; ++trial) {

@@ -13,6 +13,11 @@ if(VELEXTRACTA_SANITIZE)
     target_link_options(velextracta_settings INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(VELEXTRACTA_FUZZ)
+    # Coverage is watched in all of our code; only a fuzzer itself brings the engine.
+    target_compile_options(velextracta_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A folder of the product: one static library, its headers named from the root ("tkcore/AString.h").
 function(velextracta_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})

@@ -34,11 +34,15 @@ bool readText(const std::string& path, std::string& text) {
 }  // namespace
 
 void readViewFile(const std::string& path, ExtractaViewData& data) {
-    using Iterator = std::string::const_iterator;
     std::string text;
     if (!readText(path, text)) {
         throw ExtractaParserException("Could not open file: " + path);
     }
+    parseViewText(text, path, data);
+}
+
+void parseViewText(std::string_view text, const std::string& path, ExtractaViewData& data) {
+    using Iterator = std::string_view::const_iterator;
     const ExtractaViewGrammar<Iterator> grammar(data);
     Iterator stop = text.cbegin();
     const bool matched = boost::spirit::qi::parse(stop, text.cend(), grammar);

@@ -35,8 +35,7 @@ int CPipeCommunicator::Read(char* buffer, int size, int& count, bool consume, in
     if (!consume || count == 0) {
         return 0;
     }
-    const ssize_t received =
-        read(readEnd->get(), buffer, static_cast<std::size_t>(count));
+    const ssize_t received = read(readEnd->get(), buffer, static_cast<std::size_t>(count));
     count = static_cast<int>(std::max<ssize_t>(received, 0));
     return received < 0 ? errno : 0;
 }

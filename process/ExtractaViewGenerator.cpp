@@ -109,9 +109,11 @@ void ExtractaViewGenerator::startOrQueue() {
 }
 
 bool ExtractaViewGenerator::checkFinished() {
+    // Made once: this runs for every child in every pass.
+    static const AString kProcessName("extracta");
     bool running = false;
     try {
-        running = ProcessRunning(processHandle, "extracta", pipe.readHandle(), output);
+        running = ProcessRunning(processHandle, kProcessName, pipe.readHandle(), output);
     } catch (const ExtractaParserException&) {
         // The message names no view; with many children the log must.
         VelDebug(1, "Extracta %s%s failed: %s \n", ViewTypeName(viewType), name,

@@ -22,7 +22,7 @@ std::string filterText(const ExtractaViewDef& definition) {
     std::string text;
     for (const std::string& alternative : alternatives) {
         text += text.empty() ? "" : "\n\tOR\n\t";
-        text += alternative + "\n\t" + common;
+        text.append(alternative).append("\n\t").append(common);
     }
     return text + "\n\n\t";
 }

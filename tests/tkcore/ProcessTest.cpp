@@ -79,7 +79,7 @@ TEST_F(Process, reportsHowItEnded) {
         const char* body;
         int code;
     } cases[] = {{"exit 0", 0},       {"exit 3", 3},          {"exit 255", 255},
-                 {"kill -9 $$", 137}, {"kill -TERM $$", 143}, {"kill -HUP $$", 129}};
+                 {"kill -9 $$", 137}, {"kill -TERM $$", 143}, {"kill -USR1 $$", 138}};
     for (const auto& [body, code] : cases) {
         ASSERT_EQ(startScript(body), 0);
         EXPECT_EQ(waitForEnd(), code) << body;

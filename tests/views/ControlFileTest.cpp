@@ -40,6 +40,12 @@ TEST(ControlFile, hasABlockForEachViewWithItsAlternativesAndFields) {
     EXPECT_EQ(controlFile(views, {}), expected);
 }
 
+TEST(ControlFile, ofEachSelectionIsTheOneThatExtractaIsUsedTo) {
+    const std::filesystem::path data = TEST_DATA;
+    EXPECT_EQ(controlFile(kStandardViews, {}), readFile(data / "standard-views.control"));
+    EXPECT_EQ(controlFile(kCellViews, {}), readFile(data / "cell-views.control"));
+}
+
 TEST(ControlFile, hasALoneTabWhereFiltersAndFieldsOrConditionsAreMissing) {
     EXPECT_EQ(controlFile(only(ViewType::paddef), {}), "PAD_DEF\r\n\r\n\t\r\nEND\r\n\r\n");
     const std::string start =

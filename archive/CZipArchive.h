@@ -1,12 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "archive/PieceDeflater.h"
 #include "archive/ZipContainer.h"
 
 namespace tkcore {
@@ -25,12 +23,13 @@ public:
     static constexpr int kSafeSmartness = 7;
     static constexpr int kNormalClose = 0;
 
-    /// In bytes: about a second of work, after which an interruption is noticed.
-    static constexpr std::size_t kPieceSize = std::size_t{32} << 20U;
+    /// In bytes; two or three seconds of deflating, during which an interruption goes unnoticed.
+    static constexpr std::size_t kLargestWholeFile = std::size_t{128} << 20U;
 
-    /// Files are deflated in pieces; about twice the size of one is all the memory that it takes.
-    explicit CZipArchive(std::size_t bytesPerPiece = kPieceSize)
-        : pieceSize(std::max<std::size_t>(bytesPerPiece, 1)) {}
+    /// A file up to that size (bytes) is deflated as a whole, by the fastest library and with
+    /// twice its size in memory; a larger one is streamed through one that takes no memory.
+    explicit CZipArchive(std::size_t largestWholeFile = kLargestWholeFile)
+        : mostInMemory(largestWholeFile) {}
     ~CZipArchive();
 
     CZipArchive(const CZipArchive&) = delete;
@@ -40,8 +39,8 @@ public:
     void Open(const std::string& path, int mode, int volumeSize = 0);
 
     /// Adds a file as it is now, or a directory as an entry of its own without what is in it,
-    /// under its full path or its last component. Smartness and buffer size change nothing: what
-    /// does not shrink is stored anyway, and reading goes by pieces. Always true.
+    /// under its full path or its last component. Smartness and buffer size change nothing: a file
+    /// deflated as a whole that does not shrink is stored anyway. Always true.
     bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
                     int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
 
@@ -49,13 +48,14 @@ public:
     void Close(int afterException = kNormalClose, bool updateTimeStamp = false);
 
 private:
-    void addFile(const ZipEntry& entry, tkcore::InputFile& file, int level);
+    void addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level);
+    void addStreaming(const ZipEntry& entry, tkcore::InputFile& file, int level);
     ZipContainer& openContainer();
 
-    std::size_t pieceSize;
+    std::size_t mostInMemory;
     std::optional<ZipContainer> container;
-    PieceDeflater deflater;
-    std::vector<std::byte> pieceBytes;
+    std::vector<std::byte> original;
+    std::vector<std::byte> deflated;
 };
 
 }  // namespace velextracta

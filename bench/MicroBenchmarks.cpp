@@ -3,13 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <random>
-#include <span>
 #include <stdexcept>
 #include <string>
 
 #include <benchmark/benchmark.h>
 
-#include "archive/PieceDeflater.h"
 #include "executor/NetRanking.h"
 #include "reader/ExtractaViewGrammar.h"
 #include "tkcore/AString.h"
@@ -35,20 +33,6 @@ std::string surveyText(std::int64_t records) {
     for (std::int64_t n = 0; n < records; ++n) {
         text += "S!" + netName(random) + "!\r\n";
     }
-    return text;
-}
-
-std::string connectivityText(std::size_t size) {
-    std::minstd_rand random = kSameEveryTime;
-    const auto coordinate = [&random] {
-        return std::to_string(random() % 45000) + "." + std::to_string(random() % 1000) + "!";
-    };
-    std::string text;
-    for (unsigned record = 1; text.size() < size; ++record) {
-        text += "S!" + std::to_string(record) + " 1!CONDUCTOR!" + netName(random) + "!L3!LINE!" +
-                coordinate() + coordinate() + coordinate() + coordinate() + "18.000!\r\n";
-    }
-    text.resize(size);
     return text;
 }
 
@@ -80,18 +64,6 @@ void ranksNets(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(ranksNets)->Arg(100'000)->Unit(benchmark::kMillisecond);
-
-void deflatesViewText(benchmark::State& state) {
-    const std::string text = connectivityText(static_cast<std::size_t>(state.range(0)));
-    PieceDeflater deflater;
-    constexpr int kLevel = 5;
-    for ([[maybe_unused]] const auto _ : state) {
-        const auto bytes = std::as_bytes(std::span(text));
-        benchmark::DoNotOptimize(deflater.deflate(bytes, kLevel, false).data());
-    }
-    state.SetBytesProcessed(state.iterations() * state.range(0));
-}
-BENCHMARK(deflatesViewText)->Arg(8 << 20)->Unit(benchmark::kMillisecond);
 
 const std::string kPath = "/designs/substrate/extract1795278455/conn0_VDD_CORE_CONDUCTOR_ETCH.txt";
 

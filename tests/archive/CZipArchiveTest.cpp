@@ -38,9 +38,10 @@ std::string randomBytes(std::size_t size) {
 
 class CZipArchiveTest : public testing::Test {
 protected:
-    void pack(const std::vector<fs::path>& paths, std::size_t pieceSize = CZipArchive::kPieceSize,
+    void pack(const std::vector<fs::path>& paths,
+              std::size_t largestWholeFile = CZipArchive::kLargestWholeFile,
               int level = CZipArchive::kDefaultLevel) {
-        CZipArchive zip(pieceSize);
+        CZipArchive zip(largestWholeFile);
         zip.Open(output, CZipArchive::kCreate, 0);
         for (const fs::path& path : paths) {
             zip.AddNewFile(path, level, true, CZipArchive::kSafeSmartness, 65536);
@@ -63,24 +64,24 @@ protected:
     const fs::path input = folder / "view.txt";
 };
 
-TEST_F(CZipArchiveTest, ItGivesBackTheBytesWhateverThePieces) {
+TEST_F(CZipArchiveTest, ItGivesBackTheBytesOfWholeAndOfStreamedFiles) {
     const std::pair<const char*, std::string> contents[] = {
         {"empty", ""},
         {"byte", "S"},
         {"text", viewText(600000)},
-        {"whole pieces", viewText(70000 * 3)},
+        {"whole buffers", viewText(2 << 20)},
         {"zeros", std::string(600000, '\0')},
         {"random", randomBytes(200000)},
         {"text, random, text", viewText(99999) + randomBytes(99999) + viewText(99999)}};
-    for (const std::size_t pieceSize : {997, 70000, 1 << 20}) {
+    for (const std::size_t largestWholeFile : {0, 300000, 1 << 30}) {
         for (const int level : {CZipArchive::kDefaultLevel, 0, 1, 9}) {
             for (const auto& [name, bytes] : contents) {
                 writeFile(input, bytes);
-                pack({input}, pieceSize, level);
+                pack({input}, largestWholeFile, level);
                 const auto entries = readArchive(output);
                 ASSERT_EQ(entries.size(), 1U);
-                EXPECT_TRUE(entries[0].bytes == bytes) << name << pieceSize << ' ' << level;
-                EXPECT_LT(fs::file_size(output), bytes.size() * 1.02 + 300) << name << pieceSize;
+                EXPECT_TRUE(entries[0].bytes == bytes) << name << ' ' << level;
+                EXPECT_LT(fs::file_size(output), bytes.size() * 1.02 + 300) << name << ' ' << level;
             }
         }
     }

@@ -1,10 +1,9 @@
 #include <iostream>
 #include <vector>
 
-#include <boost/filesystem.hpp>
-
 #include "app/CommandLine.h"
 #include "executor/ExtractaExecutor.h"
+#include "executor/PathStatus.h"
 #include "tkcore/AString.h"
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
@@ -29,9 +28,7 @@ const void* outcomeValue(const AString& path) {
 /// Where the working directory goes: into the output directory if there is one, else beside the
 /// design file.
 AString workingDirectoryBase(const fs::path& designPath, const fs::path& outputPath) {
-    boost::system::error_code error;
-    return fs::is_directory(outputPath, error) ? outputPath.string()
-                                               : designPath.parent_path().string();
+    return isDirectory(outputPath) ? outputPath.string() : designPath.parent_path().string();
 }
 
 bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {
@@ -78,8 +75,7 @@ int main(int argc, char* argv[]) {
     const CommandLine options = scanCommandLine(argc, argv);
     const AString designPath(argv[argc - 2]);
     const AString outputPath(argv[argc - 1]);
-    boost::system::error_code error;
-    if (!fs::exists(fs::status(argv[argc - 2], error))) {
+    if (!isThere(argv[argc - 2])) {
         VEL_ASSERT(kSource, !"mcm file does not exist");
         std::cerr << "mcm file does not exist: " << outcomeValue(designPath) << '\n';
         return 1;

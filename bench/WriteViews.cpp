@@ -13,7 +13,7 @@ int main(int argc, char* argv[]) {
         std::cerr << "usage: bench-control-file FILE\n";
         return 2;
     }
-    std::ofstream file(argv[1], kControlFileMode);
+    std::ofstream file = OpenControlFile(tkcore::LongFileName(argv[1]));
     if (!WriteControlFile(file, kStandardViews, {}) || !file.flush()) {
         std::cerr << "bench-control-file: cannot write " << argv[1] << '\n';
         return 1;

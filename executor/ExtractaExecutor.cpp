@@ -82,7 +82,7 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
                                                  const std::vector<AString>& nets,
                                                  std::vector<ActiveView>& activeViews) {
     const LongFileName controlFile(workingDir.FilePath() + "extracta_control.txt");
-    std::ofstream stream(VEL_ANSI(controlFile.FilePath()), kControlFileMode);
+    std::ofstream stream = OpenControlFile(controlFile);
     WriteControlFile(stream, views, nets);
     stream.close();
     std::vector<ActiveView> created;

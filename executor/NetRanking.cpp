@@ -8,18 +8,17 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "views/ExtractaParserException.h"
+#include "views/ExtractaViewDef.h"
 
 namespace velextracta {
 
 namespace {
 
-constexpr std::string_view kNetNameColumn = "NET_NAME";
-
 // Views of the survey's own texts: a survey has many records of few nets.
 using NetRecordCounts = boost::unordered_flat_map<std::string_view, std::uint64_t>;
 
 NetRecordCounts countRecordsByNet(const ExtractaViewData& survey, const std::string& path) {
-    const std::uint32_t netNameColumn = survey.columnIndex(kNetNameColumn);
+    const std::uint32_t netNameColumn = survey.columnIndex(kNetNameField);
     if (netNameColumn == ExtractaViewData::kNoColumn) {
         throw ExtractaParserException(path + " has no NET_NAME column");
     }

@@ -1,10 +1,9 @@
 #include <exception>
 #include <vector>
 
-#include <boost/filesystem.hpp>
-
 #include "archive/CZipArchive.h"
 #include "executor/ExtractaExecutor.h"
+#include "executor/PathStatus.h"
 #include "tkcore/Assertion.h"
 #include "tkcore/Log.h"
 
@@ -19,17 +18,6 @@ namespace fs = boost::filesystem;
 
 constexpr char kSource[] = "ExtractaExecutor";
 constexpr unsigned long kReadBufferSize = 65536;
-
-bool isThere(const fs::path& path) {
-    boost::system::error_code error;
-    return fs::exists(fs::status(path, error));
-}
-
-/// A path that cannot be looked at is no directory; what is done with it next then fails.
-bool isDirectory(const fs::path& path) {
-    boost::system::error_code error;
-    return fs::is_directory(path, error);
-}
 
 /// The top-level entries with the extension, in the order the listing delivers them. Listed
 /// before any is moved: a listing of a directory that changes may skip entries.

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -8,7 +7,6 @@
 #include <boost/lexical_cast.hpp>
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/thread.hpp>
 
 #include "executor/ConnectivityMerge.h"
 #include "executor/ExtractaExecutor.h"
@@ -29,13 +27,6 @@ namespace {
 
 /// The largest nets that get processes of their own.
 constexpr std::size_t kMaxSplitNets = 4;
-
-/// What a net's records are split by; together all classes that the connectivity view admits.
-const std::array<std::vector<AString>, 3> kClassGroups{{
-    {"CONDUCTOR", "ETCH"},
-    {"PIN"},
-    {"VIA CLASS"},
-}};
 
 using Generators = std::vector<boost::shared_ptr<ExtractaViewGenerator>>;
 
@@ -103,7 +94,7 @@ std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets)
 }
 
 void ParallelRun::splitNet(std::size_t rank, const AString& net) {
-    for (const std::vector<AString>& classes : kClassGroups) {
+    for (const std::vector<AString>& classes : ConnectivityClassGroups()) {
         AString name = boost::lexical_cast<std::string>(rank) + "_" + net;
         for (const AString& className : classes) {
             name += "_" + className;
@@ -133,8 +124,7 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
                                                            const ViewSet& views,
                                                            const std::vector<AString>& nets,
                                                            std::vector<ActiveView>& activeViews) {
-    ExtractaViewGenerator::maxConcurrentExtractas =
-        concurrentExtractaLimit(boost::thread::hardware_concurrency());
+    ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
     tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
                      workingDir.FilePath());
     try {

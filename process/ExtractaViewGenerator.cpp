@@ -4,11 +4,8 @@
 #include <fstream>
 #include <functional>
 
-#include <boost/thread/thread.hpp>
-
 #include "process/ExtractaProcess.h"
 #include "tkcore/Log.h"
-#include "tkcore/System.h"
 #include "views/ExtractaParserException.h"
 #include "views/ExtractaViewControl.h"
 
@@ -37,8 +34,7 @@ std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads) {
     return std::max(hardwareThreads / 2, 1U);
 }
 
-std::uint32_t ExtractaViewGenerator::maxConcurrentExtractas =
-    concurrentExtractaLimit(boost::thread::hardware_concurrency());
+std::uint32_t ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
 std::deque<ExtractaViewGenerator*> ExtractaViewGenerator::waitingGenerators;
 std::deque<ExtractaViewGenerator*> ExtractaViewGenerator::runningGenerators;
 
@@ -86,7 +82,7 @@ void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
 
 void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
                                              const LongFileName& controlFile) const {
-    std::ofstream stream(VEL_ANSI(controlFile.FilePath()), kControlFileMode);
+    std::ofstream stream = OpenControlFile(controlFile);
     WriteViewBlock(viewDef, stream);
     // Flushed before the look at its state: a full disk shows only when the bytes go out.
     if (!stream.flush().good()) {

@@ -8,6 +8,7 @@
 #include "tkcore/LongFileName.h"
 #include "tkcore/Pipe.h"
 #include "tkcore/Process.h"
+#include "tkcore/System.h"
 #include "views/ActiveView.h"
 #include "views/ExtractaViewDef.h"
 
@@ -15,7 +16,7 @@ namespace velextracta {
 
 /// How many extracta processes may run at once on a machine with that many hardware threads (0:
 /// unknown): half as many, at least one.
-std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads);
+std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads = tkcore::hardwareThreads());
 
 /// One extracta process for one view request: from its control file to its view file.
 ///

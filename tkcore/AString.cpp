@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <ostream>
 
+#include <boost/format.hpp>
+
 namespace tkcore {
 
 namespace {
@@ -28,6 +30,16 @@ std::vector<AString> AString::TokenizeString(const AString& separators, bool kee
         start = end + 1;
     }
     return pieces;
+}
+
+AString AString::formatValues(const AString& format, std::span<const FormatValue> values) {
+    boost::wformat formatter;
+    formatter.exceptions(boost::io::no_error_bits);
+    formatter.parse(format.text);
+    for (const FormatValue& value : values) {
+        std::visit([&formatter](const auto& plain) { formatter % plain; }, value);
+    }
+    return formatter.str();
 }
 
 std::wostream& operator<<(std::wostream& stream, const AString& string) {

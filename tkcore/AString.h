@@ -1,14 +1,15 @@
 #pragma once
 
+#include <array>
 #include <compare>
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
-
-#include <boost/format.hpp>
 
 #include "tkcore/CodePage.h"
 
@@ -50,8 +51,11 @@ public:
     friend std::wostream& operator<<(std::wostream& stream, const AString& string);
 
 private:
+    using FormatValue = std::variant<std::wstring, long long, unsigned long long, double>;
+
     template <typename Argument>
-    static decltype(auto) formatArgument(const Argument& argument);
+    static FormatValue formatValue(const Argument& argument);
+    static AString formatValues(const AString& format, std::span<const FormatValue> values);
 
     std::wstring text;
 };
@@ -62,21 +66,22 @@ inline std::string VEL_ANSI(const AString& string) {
 }
 
 template <typename Argument>
-decltype(auto) AString::formatArgument(const Argument& argument) {
-    // Narrow text goes through the code page; a wide stream would take it byte by byte.
-    if constexpr (!std::is_arithmetic_v<Argument> && std::is_convertible_v<Argument, AString>) {
-        return AString(argument);
+AString::FormatValue AString::formatValue(const Argument& argument) {
+    if constexpr (std::is_floating_point_v<Argument>) {
+        return static_cast<double>(argument);
+    } else if constexpr (std::is_unsigned_v<Argument>) {
+        return static_cast<unsigned long long>(argument);
+    } else if constexpr (std::is_arithmetic_v<Argument>) {
+        return static_cast<long long>(argument);
     } else {
-        return (argument);
+        return AString(argument).text;
     }
 }
 
 template <typename... Arguments>
 AString AString::Format(const AString& format, const Arguments&... arguments) {
-    boost::wformat formatter;
-    formatter.exceptions(boost::io::no_error_bits);
-    formatter.parse(format.wide());
-    return (formatter % ... % formatArgument(arguments)).str();
+    const std::array<FormatValue, sizeof...(arguments)> values{formatValue(arguments)...};
+    return formatValues(format, values);
 }
 
 }  // namespace tkcore

@@ -4,6 +4,9 @@
 
 namespace tkcore {
 
+/// How many threads the machine runs at once; 0 where that is unknown.
+unsigned hardwareThreads() noexcept;
+
 /// Pauses the caller; a signal that arrives meanwhile may end the pause.
 void sleepMilliseconds(unsigned milliseconds);
 

@@ -29,6 +29,11 @@ std::string filterText(const ExtractaViewDef& definition) {
 
 }  // namespace
 
+std::ofstream OpenControlFile(const tkcore::LongFileName& path) {
+    return std::ofstream(VEL_ANSI(path.FilePath()),
+                         std::ios::out | std::ios::trunc | std::ios::binary);
+}
+
 std::string JoinLines(const std::vector<std::string>& lines) {
     return boost::algorithm::join(lines, "\n\t");
 }

@@ -13,10 +13,9 @@
 
 namespace velextracta {
 
-/// How a control file is opened for writing. Binary: the line ends, CR LF, are written here, the
-/// same on every system.
-inline constexpr std::ios::openmode kControlFileMode =
-    std::ios::out | std::ios::trunc | std::ios::binary;
+/// Opens a control file for writing, an older one is lost. Binary: the line ends, CR LF, are
+/// written here, the same on every system. A failure shows in the stream's state.
+std::ofstream OpenControlFile(const tkcore::LongFileName& path);
 
 /// The texts in order, each on a line of its own that begins with a tab.
 std::string JoinLines(const std::vector<std::string>& lines);

@@ -25,6 +25,12 @@ void append(std::vector<std::string>& list, std::span<const std::string_view> te
 
 bool keepUnnamedNets = false;
 
+const std::vector<std::vector<AString>>& ConnectivityClassGroups() {
+    static const std::vector<std::vector<AString>> kGroups{
+        {"CONDUCTOR", "ETCH"}, {"PIN"}, {"VIA CLASS"}};
+    return kGroups;
+}
+
 ExtractaViewDef::ExtractaViewDef(ViewType type, const std::vector<AString>& nets, bool exclude)
     : viewType(type) {
     InitDefaults(false);
@@ -49,7 +55,9 @@ void ExtractaViewDef::InitDefaults(bool skipDefaultClasses) {
     append(fields, entry->fields);
     append(fields, entry->moreFields);
     if (viewType == ViewType::conn && !skipDefaultClasses) {
-        AddClassAlternatives({"CONDUCTOR", "ETCH", "PIN", "VIA CLASS"});
+        for (const std::vector<AString>& classes : ConnectivityClassGroups()) {
+            AddClassAlternatives(classes);
+        }
     }
 }
 
@@ -57,11 +65,11 @@ void ExtractaViewDef::AddNetFilters(const std::vector<AString>& nets, bool exclu
     if (!kNetFilterableViews.Contains(viewType) || nets.size() > kMostFilteredNets) {
         return;
     }
-    const std::string operation = exclude ? "!=" : "=";
+    // No blank before the quote and no escape in the name: extracta is given just this.
+    const std::string comparison = std::string(kNetNameField) + (exclude ? " !='" : " ='");
     auto& target = exclude || nets.size() == 1 ? conditions : netAlternatives;
     for (const AString& net : nets) {
-        // No blank before the quote and no escape in the name: extracta is given just this.
-        target.push_back("NET_NAME " + operation + "'" + VEL_ANSI(net) + "'");
+        target.push_back(comparison + VEL_ANSI(net) + "'");
     }
 }
 
@@ -81,7 +89,7 @@ void ExtractaViewDef::addClassExclusions() {
 ExtractaViewDef MakeNetListDef(const std::vector<AString>& nets) {
     ExtractaViewDef definition(ViewType::conn);
     definition.extractaView = findViewCatalogueEntry(ViewType::conn)->extractaView;
-    definition.fields = {"NET_NAME"};
+    definition.fields = {std::string(kNetNameField)};
     definition.AddNetFilters(nets, false);
     return definition;
 }

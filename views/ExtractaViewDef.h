@@ -1,12 +1,19 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tkcore/AString.h"
 #include "views/ViewType.h"
 
 namespace velextracta {
+
+/// The field that tells a record's net.
+inline constexpr std::string_view kNetNameField = "NET_NAME";
+
+/// The classes of the connectivity view, in the groups that a large net is split by.
+const std::vector<std::vector<tkcore::AString>>& ConnectivityClassGroups();
 
 /// Whether records without a net are asked for too. Nothing sets it.
 extern bool keepUnnamedNets;

@@ -4,8 +4,15 @@
 
 namespace tkcore {
 
+/// One end of a pipe, with what is known of it.
+struct PipeEnd final {
+    FileDescriptor descriptor;
+    bool announcesWrites = false;
+    int emptyAt = -1;  // value of childNews() when it was last seen to be empty
+};
+
 /// What users hand around of a pipe: a look at one end, null for none.
-using PipeHandle = const FileDescriptor*;
+using PipeHandle = PipeEnd*;
 
 /// An anonymous pipe; neither end reaches a child by itself.
 class CPipe final {
@@ -13,14 +20,14 @@ public:
     /// False when the system has no descriptors left; both ends are then closed.
     bool CreatePipe();
     void Close() noexcept;
-    void closeWriteEnd() noexcept { writeEnd.close(); }
+    void closeWriteEnd() noexcept { writeEnd.descriptor.close(); }
 
-    PipeHandle readHandle() const noexcept { return &readEnd; }
-    PipeHandle writeHandle() const noexcept { return &writeEnd; }
+    PipeHandle readHandle() noexcept { return &readEnd; }
+    PipeHandle writeHandle() noexcept { return &writeEnd; }
 
 private:
-    FileDescriptor readEnd;
-    FileDescriptor writeEnd;
+    PipeEnd readEnd;
+    PipeEnd writeEnd;
 };
 
 /// Reads from the read end of a pipe without ever waiting for bytes.

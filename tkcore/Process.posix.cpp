@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tkcore/ChildNews.h"
 #include "tkcore/ProcessKeeper.h"
 #include "tkcore/ProgramPath.h"
 
@@ -18,19 +19,11 @@ namespace tkcore {
 
 struct StartedProcess final {
     pid_t keeper = 0;
-    std::optional<int> exitCode;      // once the keeper has been reaped
-    std::sig_atomic_t endsSeen = -1;  // value of childEnds when the keeper was last asked after
+    std::optional<int> exitCode;  // once the keeper has been reaped
+    int runningAt = -1;           // value of childNews() when the keeper was last asked after
 };
 
 namespace {
-
-// Counts SIGCHLD: while no child has ended since a process was last asked after, its state is
-// known without a system call. That is what makes polling many processes cheap.
-volatile std::sig_atomic_t childEnds = 0;
-
-extern "C" void countChildEnd(int) {
-    childEnds = (childEnds + 1) & 0x3FFFFFFF;
-}
 
 /// The records behind all handles. A deque: handles stay good while it grows.
 std::deque<StartedProcess> startedProcesses;
@@ -44,17 +37,10 @@ void prepareForChildren() {
         return;
     }
     prepared = true;
+    childNews();  // begins the count; the end of a child is never ignored from now on
     foreignChildren = childrenOfThisProcess();
     // Should somebody kill a keeper, what it kept falls to us.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    struct sigaction action {};
-    action.sa_handler = countChildEnd;
-    action.sa_flags = SA_RESTART | SA_NOCLDSTOP;
-    sigaction(SIGCHLD, &action, nullptr);
-    sigset_t childSignal;
-    sigemptyset(&childSignal);
-    sigaddset(&childSignal, SIGCHLD);
-    pthread_sigmask(SIG_UNBLOCK, &childSignal, nullptr);
 }
 
 void endOrphansOfKeepers() {
@@ -102,7 +88,7 @@ int readStartError(PipeHandle statusEnd) {
     int error = 0;
     ssize_t received = 0;
     do {
-        received = read(statusEnd->get(), &error, sizeof error);
+        received = read(statusEnd->descriptor.get(), &error, sizeof error);
     } while (received < 0 && errno == EINTR);
     return received == sizeof error ? error : 0;
 }
@@ -124,17 +110,17 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
         return error;
     }
     const bool wantsPipe = captureOutput || captureErrors;
-    if (wantsPipe && !*output) {
+    if (wantsPipe && !output->descriptor) {
         return EMFILE;
     }
     start.workingDirectory = VEL_ANSI(workingDirectory);
-    start.outputDescriptor = captureOutput ? output->get() : -1;
-    start.errorDescriptor = captureErrors ? output->get() : -1;
+    start.outputDescriptor = captureOutput ? output->descriptor.get() : -1;
+    start.errorDescriptor = captureErrors ? output->descriptor.get() : -1;
     CPipe status;
     if (!status.CreatePipe()) {
         return errno;
     }
-    start.statusDescriptor = status.writeHandle()->get();
+    start.statusDescriptor = status.writeHandle()->descriptor.get();
     prepareForChildren();
     const pid_t keeper = startKeeper(start);
     if (keeper < 0) {
@@ -151,8 +137,8 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
 }
 
 int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
-    if (!process->exitCode && process->endsSeen != childEnds) {
-        process->endsSeen = childEnds;
+    if (const int news = childNews(); !process->exitCode && process->runningAt != news) {
+        process->runningAt = news;
         int status = 0;
         const pid_t ended = waitpid(process->keeper, &status, WNOHANG);
         if (ended < 0) {

@@ -87,13 +87,18 @@ void reportFailure(int descriptor, int error) {
     [[maybe_unused]] const ssize_t written = write(descriptor, &error, sizeof error);
 }
 
-[[noreturn]] void becomeProgram(const ProgramStart& start, pid_t keeper) {
+std::vector<char*> argumentPointers(const ProgramStart& start) {
+    std::vector<char*> pointers;
+    for (const std::string& argument : start.arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+/// Runs in the keeper's memory: changes nothing there.
+[[noreturn]] void becomeProgram(const ProgramStart& start, char* const* arguments, pid_t keeper) {
     if (dieWith(keeper, SIGKILL)) {
-        std::vector<char*> arguments;
-        for (const std::string& argument : start.arguments) {
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        }
-        arguments.push_back(nullptr);
         if (chdir(start.workingDirectory.c_str()) != 0) {
             // "No such file" would be taken for a missing program.
             reportFailure(kStatusDescriptor, errno == ENOENT ? ENOTDIR : errno);
@@ -101,7 +106,7 @@ void reportFailure(int descriptor, int error) {
             std::signal(SIGPIPE, SIG_DFL);
             std::signal(SIGXFSZ, SIG_DFL);
             pthread_sigmask(SIG_SETMASK, &start.signalMask, nullptr);
-            execv(start.program.c_str(), arguments.data());
+            execv(start.program.c_str(), arguments);
             reportFailure(kStatusDescriptor, errno);
         }
     }
@@ -181,10 +186,14 @@ void keepProgram(const ProgramStart& start) {
         reportFailure(start.statusDescriptor, errno);
         _exit(kKeeperFailed);
     }
+    const std::vector<char*> arguments = argumentPointers(start);
     const pid_t keeper = getpid();
-    const pid_t program = fork();
+    // A second copy of our memory, however short-lived, would take as long again as the first.
+    // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.vfork)
+    const pid_t program = vfork();
     if (program == 0) {
-        becomeProgram(start, keeper);
+        // NOLINTNEXTLINE(clang-analyzer-unix.Vfork): system calls only
+        becomeProgram(start, arguments.data(), keeper);
     }
     if (program < 0) {
         reportFailure(kStatusDescriptor, errno);

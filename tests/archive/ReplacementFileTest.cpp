@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "support/TemporaryDirectory.h"
 #include "tkcore/ReplacementFile.h"
@@ -90,24 +89,6 @@ TEST_F(ReplacementFileTest, ItRefusesWhatItCannotReplace) {
     expectFailure(folder / "missing/", std::errc::no_such_file_or_directory);
     expectFailure(folder / std::string(256, 'n'), std::errc::filename_too_long);
     expectFailure("", std::errc::no_such_file_or_directory);
-}
-
-TEST_F(ReplacementFileTest, ItRefusesWhatTheUserMayNotWrite) {
-    constexpr uid_t kNobody = 65534;
-    writeFile(folder / "readOnly", "old");
-    fs::permissions(folder / "readOnly", fs::perms{0444});
-    fs::create_directory(folder / "closed");
-    fs::permissions(folder / "closed", fs::perms{0555});
-    fs::permissions(folder.path(), fs::perms{0777});
-    const auto asOrdinaryUser = [&] {
-        if (getuid() == 0 && setuid(kNobody) != 0) {
-            _exit(1);
-        }
-        expectFailure(folder / "readOnly", std::errc::permission_denied);
-        expectFailure(folder / "closed/out", std::errc::permission_denied);
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    };
-    EXPECT_EXIT(asOrdinaryUser(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

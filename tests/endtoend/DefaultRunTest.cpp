@@ -88,6 +88,7 @@ protected:
             }
         }
         writeFile(design, survey);
+        limitProcesses(1);
         useScript(
             "basename $control .txt >> ../order\n"
             "case $control in *connnets.txt) cat \"$design\" > \"$first\";;\n"
@@ -188,12 +189,10 @@ TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
         "touch ../started.$$\n"
         "until [ $(ls ../started.* | wc -l) -ge $LIMIT ]; do sleep 0.01; done\n" +
         goOn());
-    environment["LD_PRELOAD"] = HARDWARE_THREADS;
-    environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
     for (const int limit : {1, 3, 8}) {
         writeFile(tools / "trace", "");
         environment["LIMIT"] = std::to_string(limit);
-        environment["HARDWARE_THREADS"] = std::to_string(2 * limit + 1);
+        limitProcesses(limit);
         ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
         std::multimap<long long, int> changes;
         std::istringstream trace(readFile(tools / "trace"));

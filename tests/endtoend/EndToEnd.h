@@ -34,6 +34,13 @@ protected:
 
     Outcome run(const Strings& arguments) const { return runProgram(command(arguments)); }
 
+    /// The program sees a machine on which so many processes may run at once.
+    void limitProcesses(int limit) {
+        environment["LD_PRELOAD"] = HARDWARE_THREADS;
+        environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+        environment["HARDWARE_THREADS"] = std::to_string(2 * limit + 1);
+    }
+
     /// Extracta is a script instead; $design, $control and $first are the paths it is given.
     void useScript(const std::string& body) {
         environment["VELTAR_EXTRACTA_PATHOVERRIDE"] =
@@ -51,6 +58,18 @@ protected:
             names.insert(entry.path().lexically_relative(directory.path()).string());
         }
         return names;
+    }
+
+    /// The same with the bytes of files and the targets of links.
+    std::map<std::string, std::string> contents() const {
+        std::map<std::string, std::string> found;
+        for (const std::string& name : files()) {
+            const std::filesystem::path path = directory / name;
+            found[name] = std::filesystem::is_symlink(path)        ? read_symlink(path).string()
+                          : std::filesystem::is_regular_file(path) ? readFile(path)
+                                                                   : "";
+        }
+        return found;
     }
 
     /// Whether a process runs that has the test's directory on its command line.

@@ -75,21 +75,6 @@ TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
               "CONNECTIVITY\r\n\r\n\tNET_NAME\r\n\r\nEND\r\n\r\n");
 }
 
-TEST_F(ViewGenerator, startsQueuedOnesInOrderWithinTheLimit) {
-    useExtracta(
-        "echo $control >> order; mkdir running.$$; ls -d running.* | wc -l >> together\n"
-        "sleep 0.03; rmdir running.$$\n");
-    ExtractaViewGenerator::maxConcurrentExtractas = 1;
-    std::string expected;
-    for (const char* name : {"1", "2", "3", "4"}) {
-        start(name);
-        expected += (expected.empty() ? "" : " ") + std::string("extracta_control_conn") + name;
-    }
-    generators.back()->waitForViewFile();
-    EXPECT_EQ(words("order"), expected);
-    EXPECT_EQ(words("together"), "1 1 1 1");
-}
-
 std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }

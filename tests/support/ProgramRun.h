@@ -8,6 +8,8 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,6 +69,9 @@ private:
         if (!command.directory.empty()) {
             std::filesystem::current_path(command.directory);
         }
+        // Root must ask for permission like anybody else; who is not root may not change this.
+        prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+        prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
         for (const auto& [resource, limit] : command.limits) {
             rlimit both{};
             getrlimit(static_cast<__rlimit_resource>(resource), &both);

@@ -37,42 +37,6 @@ TEST(ViewSets, areWalkedInTheOrderOfTheCatalogue) {
     EXPECT_THAT(members(kNetFilterableViews), ElementsAre("fullgeo", "conn", "cfullgeo", "cconn"));
 }
 
-TEST(ViewDefinition, hasTheKeywordAndListsOfItsView) {
-    const struct {
-        ViewType type;
-        const char* keyword;
-        std::size_t conditions;
-        std::size_t alternatives;
-        std::size_t fields;
-        const char* firstField;
-        const char* lastField;
-    } cases[] = {
-        {ViewType::layer, "LAYER", 0, 0, 12, "LAYER_SORT", "LAYER_THICKNESS"},
-        {ViewType::paddef, "PAD_DEF", 0, 0, 0, "", ""},
-        {ViewType::fullgeo, "FULL_GEOMETRY", 25, 0, 35, "NET_NAME_SORT", "END_LAYER_NAME"},
-        {ViewType::conn, "CONNECTIVITY", 3, 4, 39, "NET_NAME_SORT", "BOND_PAD"},
-        {ViewType::cfullgeo, "FULL_GEOMETRY", 25, 0, 16, "NET_NAME_SORT", "GRAPHIC_DATA_10"},
-        {ViewType::cconn, "CONNECTIVITY", 3, 3, 38, "NET_NAME_SORT", "DRILL_FIGURE_ROTATION"},
-        {ViewType::diestack, "DIE_STACK_DEF", 0, 0, 0, "", ""},
-        {ViewType::net, "NET", 0, 0, 3, "NET_NAME", "NET_DIFFERENTIAL_PAIR"},
-        {ViewType::component, "COMPONENT", 0, 0, 16, "REFDES_SORT", "SYM_BOX_Y2"},
-        {ViewType::outline, "GEOMETRY", 1, 2, 15, "CLASS", "GRAPHIC_DATA_10"},
-        {ViewType::compositepad, "COMPOSITE_PAD", 0, 3, 16, "PAD_STACK_NAME", "VIA_ROTATION"},
-        {ViewType::logicalpin, "LOGICAL_PIN", 0, 0, 5, "REFDES_SORT", "PIN_PINUSE"},
-    };
-    for (const auto& expected : cases) {
-        const ExtractaViewDef definition(expected.type, {}, false);
-        EXPECT_EQ(definition.extractaView, expected.keyword);
-        EXPECT_EQ(definition.conditions.size(), expected.conditions) << expected.keyword;
-        EXPECT_EQ(definition.alternatives.size(), expected.alternatives) << expected.keyword;
-        ASSERT_EQ(definition.fields.size(), expected.fields) << expected.keyword;
-        if (!definition.fields.empty()) {
-            EXPECT_EQ(definition.fields.front(), expected.firstField);
-            EXPECT_EQ(definition.fields.back(), expected.lastField);
-        }
-    }
-}
-
 TEST(ViewDefinition, turnsNetsIntoConditionsOrAlternativesByTheirNumber) {
     const struct {
         ViewType type;

@@ -148,7 +148,7 @@ std::vector<Fault::Row> Fault::rows() {
         {"takenByAFile", kCell, noDirectory,
          runNamesTaken([](const fs::path& path) { writeFile(path, "mine"); })},
         {"takenByALink", kDefault, noDirectory,
-         runNamesTaken([](const fs::path& path) { fs::create_directory_symlink("mine", path); })},
+         runNamesTaken([](const fs::path& path) { fs::create_directory_symlink(".", path); })},
         {"workingDirectoryLost", movedTo("out"), "", folderLost, 1, kNotCreated, "out/"},
         // There is no room.
         {"diskFullInControlFile", kCell, "", mostInAFile(100)},

@@ -87,6 +87,14 @@ TEST_F(CZipArchiveTest, ItGivesBackTheBytesOfWholeAndOfStreamedFiles) {
     }
 }
 
+TEST_F(CZipArchiveTest, ItStoresAWholeFileThatDoesNotShrinkButStreamsALargerOneDeflated) {
+    writeFile(input, randomBytes(200000));
+    pack({input}, 200000);
+    EXPECT_EQ(centralField(10, 2), 0U);
+    pack({input}, 199999);
+    EXPECT_EQ(centralField(10, 2), 8U);
+}
+
 TEST_F(CZipArchiveTest, ItNamesEntriesByTheirPathsAndMarksUtf8) {
     constexpr unsigned kUtf8Mark = 0x800;
     const std::pair<std::string, unsigned> cases[] = {

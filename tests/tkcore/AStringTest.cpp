@@ -50,6 +50,7 @@ TEST(AString, formatsEveryArgumentByItsOwnType) {
     EXPECT_EQ(AString::Format("%s exited with %d", AString("extracta"), 3),
               "extracta exited with 3");
     EXPECT_EQ(AString::Format("%d %s", "text", 7), "text 7");
+    EXPECT_EQ(AString::Format("%d %d %s", -7, ~0ULL, 0.5), "-7 18446744073709551615 0.5");
     EXPECT_EQ(AString::Format("%s|%s|", "one"), "one||");
     EXPECT_EQ(AString::Format("%s", "one", "two"), "one");
     EXPECT_EQ(AString::Format("%s", std::string("100%s\xff")), AString("100%s\xff"));

@@ -27,18 +27,28 @@ int levelOr(int defaultLevel, int level) {
     return level < 0 ? defaultLevel : std::min(level, kHighestLevel);
 }
 
-/// False when the bytes would not become fewer.
-bool deflateWhole(std::span<const std::byte> original, int level,
-                  std::vector<std::byte>& deflated) {
+/// A buffer whose pages are only taken once they are written to.
+class Buffer final {
+public:
+    explicit Buffer(std::size_t size)
+        : bytes(std::make_unique_for_overwrite<std::byte[]>(size)), all(bytes.get(), size) {}
+    std::span<std::byte> span() const { return all; }
+
+private:
+    std::unique_ptr<std::byte[]> bytes;
+    std::span<std::byte> all;
+};
+
+/// The number of bytes that the target then holds; 0 if they do not fit.
+std::size_t deflateWhole(std::span<const std::byte> original, int level,
+                         std::span<std::byte> target) {
     const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
         libdeflate_alloc_compressor(level), libdeflate_free_compressor);
     if (!compressor) {
         throw std::bad_alloc();
     }
-    deflated.resize(original.size());
-    deflated.resize(libdeflate_deflate_compress(compressor.get(), original.data(), original.size(),
-                                                deflated.data(), deflated.size()));
-    return !deflated.empty() && deflated.size() < original.size();
+    return libdeflate_deflate_compress(compressor.get(), original.data(), original.size(),
+                                       target.data(), target.size());
 }
 
 void throwIfInterrupted() {
@@ -75,10 +85,9 @@ bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, 
         if (file.isDirectory()) {
             entry.name += '/';
         }
-        if (file.size() <= mostInMemory) {
-            addWhole(entry, file, levelOr(kDefaultWholeLevel, level));
-        } else {
-            addStreaming(entry, file, levelOr(kDefaultStreamLevel, level));
+        if (!addWhole(entry, file, levelOr(kDefaultWholeLevel, level))) {
+            tkcore::InputFile fromStart(path);
+            addStreaming(entry, fromStart, levelOr(kDefaultStreamLevel, level));
         }
     } catch (...) {
         container.reset();
@@ -97,29 +106,39 @@ void CZipArchive::Close(int afterException, bool updateTimeStamp) {
     container.reset();
 }
 
-void CZipArchive::addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level) {
-    original.resize(file.size());
-    original.resize(file.read(original.data(), original.size()));  // it may have become shorter
+bool CZipArchive::addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level) {
+    if (file.size() > mostMemory / 3 * 2) {
+        return false;  // view files shrink to a fifth: half of the size is room enough
+    }
+    const Buffer buffer(static_cast<std::size_t>(file.size()));
+    // It may have become shorter.
+    const auto original =
+        buffer.span().first(file.read(buffer.span().data(), buffer.span().size()));
     throwIfInterrupted();
     const std::uint32_t checksum = libdeflate_crc32(0, original.data(), original.size());
-    if (deflateWhole(original, level, deflated)) {
-        container->add(entry, ZipMethod::kDeflated, deflated, original.size(), checksum);
-    } else {
-        container->add(entry, ZipMethod::kStored, original, original.size(), checksum);
+    const Buffer room(std::min(original.size(), mostMemory - original.size()));
+    const auto deflated = room.span().first(deflateWhole(original, level, room.span()));
+    throwIfInterrupted();
+    if (deflated.empty() && room.span().size() < original.size()) {
+        return false;
     }
+    const bool shrinks = !deflated.empty() && deflated.size() < original.size();
+    container->add(entry, shrinks ? ZipMethod::kDeflated : ZipMethod::kStored,
+                   shrinks ? deflated : original, original.size(), checksum);
+    return true;
 }
 
 void CZipArchive::addStreaming(const ZipEntry& entry, tkcore::InputFile& file, int level) {
     container->begin(entry, level, file.size());
-    original.resize(kStreamBufferSize);
+    const Buffer buffer(kStreamBufferSize);
     // What is appended to the file from now on is not ours: the entry is begun for this size.
     std::uint64_t left = file.size();
     while (left > 0) {
         throwIfInterrupted();
         const auto wanted =
-            static_cast<std::size_t>(std::min<std::uint64_t>(left, original.size()));
-        const std::size_t received = file.read(original.data(), wanted);
-        container->write(std::span(original).first(received));
+            static_cast<std::size_t>(std::min<std::uint64_t>(left, kStreamBufferSize));
+        const std::size_t received = file.read(buffer.span().data(), wanted);
+        container->write(buffer.span().first(received));
         left = received < wanted ? 0 : left - received;  // it may have become shorter
     }
     container->end();

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "archive/ZipContainer.h"
 
@@ -23,13 +22,12 @@ public:
     static constexpr int kSafeSmartness = 7;
     static constexpr int kNormalClose = 0;
 
-    /// In bytes; two or three seconds of deflating, during which an interruption goes unnoticed.
-    static constexpr std::size_t kLargestWholeFile = std::size_t{128} << 20U;
+    static constexpr std::size_t kMemoryBound = std::size_t{448} << 20U;  // bytes
 
-    /// A file up to that size (bytes) is deflated as a whole, by the fastest library and with
-    /// twice its size in memory; a larger one is streamed through one that takes no memory.
-    explicit CZipArchive(std::size_t largestWholeFile = kLargestWholeFile)
-        : mostInMemory(largestWholeFile) {}
+    /// A file that fits the bound (bytes) together with its deflated form is deflated as a whole,
+    /// by the fastest library; an interruption is noticed after it. Any other is streamed through
+    /// a library that is half as fast and takes no memory.
+    explicit CZipArchive(std::size_t memoryBound = kMemoryBound) : mostMemory(memoryBound) {}
     ~CZipArchive();
 
     CZipArchive(const CZipArchive&) = delete;
@@ -48,14 +46,13 @@ public:
     void Close(int afterException = kNormalClose, bool updateTimeStamp = false);
 
 private:
-    void addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level);
+    /// False, with nothing added, if it does not fit the bound.
+    bool addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level);
     void addStreaming(const ZipEntry& entry, tkcore::InputFile& file, int level);
     ZipContainer& openContainer();
 
-    std::size_t mostInMemory;
+    std::size_t mostMemory;
     std::optional<ZipContainer> container;
-    std::vector<std::byte> original;
-    std::vector<std::byte> deflated;
 };
 
 }  // namespace velextracta

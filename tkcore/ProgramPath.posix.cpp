@@ -42,15 +42,13 @@ int findProgram(const std::string& name, std::string& path) {
             continue;
         }
         const fs::path candidate = fs::absolute(directory, error) / name;
-        switch (error ? error.value() : startError(candidate)) {
-            case 0:
-                path = candidate.string();
-                return 0;
-            case EACCES:
-                result = EACCES;
-                break;
-            default:
-                break;
+        if (startError(candidate) == 0) {
+            path = candidate.string();
+            return 0;
+        }
+        // A folder that may not be looked into holds no program for us.
+        if (fs::exists(candidate, error)) {
+            result = EACCES;
         }
     }
     return result;

@@ -133,7 +133,11 @@ std::vector<Fault::Row> Fault::rows() {
         {"noPiece", kDefault, "MP failed to open file /", standin("conn1=no-output")},
         // There is no extractor.
         {"noProgramOfThatName", kDefault, "error 2: Could not find application no-such.exe",
-         extractor("no-such.exe")},
+         [=](Fault& fault) {
+             folder("closed", 0444)(fault);  // what cannot be looked into holds no program
+             fault.environment["PATH"] = (fault.directory / "closed").string() + ":/usr/bin:/bin";
+             extractor("no-such.exe")(fault);
+         }},
         {"noProgramAtThatPath", kCell, "error 2: Could not find application ./no",
          extractor("./no")},
         {"notExecutable", kDefault, "error 13: Permission denied", extractor("./design.mcm")},

@@ -69,6 +69,9 @@ private:
         if (!command.directory.empty()) {
             std::filesystem::current_path(command.directory);
         }
+        // A program that aborts leaves no image of itself.
+        const rlimit noCore{0, 0};
+        setrlimit(RLIMIT_CORE, &noCore);
         // Root must ask for permission like anybody else; who is not root may not change this.
         prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
         prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);

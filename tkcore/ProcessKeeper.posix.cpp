@@ -96,7 +96,7 @@ std::vector<char*> argumentPointers(const ProgramStart& start) {
     return pointers;
 }
 
-/// Runs in the keeper's memory: changes nothing there.
+/// Runs in the keeper's memory: changes nothing there that the keeper looks at.
 [[noreturn]] void becomeProgram(const ProgramStart& start, char* const* arguments, pid_t keeper) {
     if (dieWith(keeper, SIGKILL)) {
         if (chdir(start.workingDirectory.c_str()) != 0) {

@@ -3,16 +3,16 @@
 
 #include "app/CommandLine.h"
 #include "executor/ExtractaExecutor.h"
-#include "executor/PathStatus.h"
 #include "tkcore/AString.h"
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 #include "views/ActiveView.h"
 
-namespace fs = boost::filesystem;
-
 namespace {
+
+namespace fs = boost::filesystem;
 
 using tkcore::AString;
 using namespace velextracta;
@@ -28,7 +28,7 @@ const void* outcomeValue(const AString& path) {
 /// Where the working directory goes: into the output directory if there is one, else beside the
 /// design file.
 AString workingDirectoryBase(const fs::path& designPath, const fs::path& outputPath) {
-    return isDirectory(outputPath) ? outputPath.string() : designPath.parent_path().string();
+    return tkcore::isDirectory(outputPath) ? outputPath.string() : designPath.parent_path().string();
 }
 
 bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {
@@ -75,7 +75,8 @@ int main(int argc, char* argv[]) {
     const CommandLine options = scanCommandLine(argc, argv);
     const AString designPath(argv[argc - 2]);
     const AString outputPath(argv[argc - 1]);
-    if (!isThere(argv[argc - 2])) {
+    if (!tkcore::isThere(argv[argc - 2])) {
+        tkcore::VelDebug(0, "error: there is no design %s", designPath);
         VEL_ASSERT(kSource, !"mcm file does not exist");
         std::cerr << "mcm file does not exist: " << outcomeValue(designPath) << '\n';
         return 1;

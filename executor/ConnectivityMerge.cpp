@@ -1,9 +1,12 @@
 #include "executor/ConnectivityMerge.h"
 
-#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
 
-#include "process/ExtractaViewGenerator.h"
-#include "views/ExtractaParserException.h"
+#include "reader/ViewFileInput.h"
+#include "tkcore/ExtractaParserException.h"
+#include "tkcore/Log.h"
 
 namespace velextracta {
 
@@ -12,55 +15,57 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20;
-
-/// The next line without its line end, CR LF or LF; empty when there is none.
-std::string readLine(std::istream& input) {
-    std::string line;
-    std::getline(input, line);
-    if (line.ends_with('\r')) {
-        line.pop_back();
+/// A failure of the system becomes the exception with the message; its reason goes to the log.
+template <typename Action>
+void orThrow(const AString& message, const Action& action) {
+    try {
+        action();
+    } catch (const std::system_error& error) {
+        tkcore::writeLog(0, "error: ", error.what());
+        throw tkcore::ExtractaParserException("createExtractaControlFileAndViewsMP " + message);
     }
-    return line;
 }
 
 }  // namespace
 
-ConnectivityMerge::ConnectivityMerge(const AString& combinedPath)
-    : combined(VEL_ANSI(combinedPath), std::ios::out | std::ios::trunc | std::ios::binary),
-      buffer(kBufferSize) {}
-
-void ConnectivityMerge::append(const AString& path) {
-    std::ifstream input(VEL_ANSI(path), std::ios::in | std::ios::binary);
-    if (!input.is_open()) {
-        throw ExtractaParserException("createExtractaControlFileAndViewsMP failed to open file " +
-                                      path);
-    }
-    const std::string header = readLine(input);
-    const std::string jRecord = readLine(input);
-    if (first) {
-        combined << header << "\r\n" << jRecord << "\r\n";
-        first = false;
-    }
-    if (input.bad()) {
-        throw ExtractaParserException(
-            "createExtractaControlFileAndViewsMP missing header in file " + path);
-    }
-    appendRecords(input);
-    if (!combined.flush().good()) {
-        throw ExtractaParserException("createExtractaControlFileAndViewsMP error adding " + path +
-                                      " to combined connectivity file");
+ConnectivityMerge::ConnectivityMerge(const AString& combinedPath, Meanwhile whatToDo)
+    : meanwhile(std::move(whatToDo)) {
+    try {
+        combined.emplace(VEL_ANSI(combinedPath), tkcore::OutputFile::IfThere::kTruncate);
+    } catch (const std::system_error& error) {
+        tkcore::writeLog(0, "error: ", error.what());
     }
 }
 
-void ConnectivityMerge::appendRecords(std::ifstream& input) {
-    while (input.good() && combined.good()) {
-        input.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-        combined.write(buffer.data(), input.gcount());
-        // A large file takes its time: finished children are reaped and queued ones started
-        // meanwhile.
-        ExtractaViewGenerator::pollProcesses();
+std::string ConnectivityMerge::append(const AString& path) {
+    std::optional<ViewFileInput> input;
+    orThrow("failed to open file " + path, [&] { input.emplace(VEL_ANSI(path)); });
+
+    std::string header;
+    std::string jRecord;
+    orThrow("missing header in file " + path, [&] {
+        header = input->readLine();
+        jRecord = input->readLine();
+    });
+
+    orThrow("error adding " + path + " to combined connectivity file", [&] {
+        if (std::exchange(isFirst, false)) {
+            write(header + "\r\n" + jRecord + "\r\n");
+        }
+        for (auto bytes = input->readBytes(); !bytes.empty(); bytes = input->readBytes()) {
+            write({bytes.data(), bytes.size()});
+            meanwhile();
+        }
+    });
+    return doubtAboutHeader(header, jRecord);
+}
+
+void ConnectivityMerge::write(std::string_view bytes) {
+    if (!combined) {
+        throw std::system_error(std::make_error_code(std::errc::bad_file_descriptor),
+                                "the combined file is not open");
     }
+    combined->write(bytes);
 }
 
 }  // namespace velextracta

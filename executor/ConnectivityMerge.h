@@ -1,27 +1,34 @@
 #pragma once
 
-#include <fstream>
-#include <vector>
+#include <functional>
+#include <optional>
+#include <string>
 
 #include "tkcore/AString.h"
+#include "tkcore/OutputFile.h"
 
 namespace velextracta {
 
 /// Puts connectivity view files behind each other in one combined file, under the two header
-/// lines of the first. Throws ExtractaParserException, naming the file.
+/// lines of the first. Owned by the parallel run for as long as it merges. Throws
+/// ExtractaParserException, naming the file.
 class ConnectivityMerge final {
 public:
-    /// A combined file that cannot be opened shows when the first file is added.
-    explicit ConnectivityMerge(const tkcore::AString& combinedPath);
+    /// What is done between two pieces of a large file, for others that wait meanwhile; may throw.
+    using Meanwhile = std::function<void()>;
 
-    void append(const tkcore::AString& path);
+    /// A combined file that cannot be opened shows when the first file is added.
+    ConnectivityMerge(const tkcore::AString& combinedPath, Meanwhile meanwhile);
+
+    /// The doubt about the file's header lines, for a warning; empty if there is none.
+    std::string append(const tkcore::AString& path);
 
 private:
-    void appendRecords(std::ifstream& input);
+    void write(std::string_view bytes);
 
-    std::ofstream combined;
-    bool first = true;
-    std::vector<char> buffer;
+    std::optional<tkcore::OutputFile> combined;
+    Meanwhile meanwhile;
+    bool isFirst = true;
 };
 
 }  // namespace velextracta

@@ -1,34 +1,27 @@
 #include "executor/ExtractaExecutor.h"
 
-#include <cstdint>
+#include <cerrno>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
-#include <utility>
+#include <string>
 
-#include <boost/date_time/posix_time/posix_time_types.hpp>
-
+#include "executor/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
 #include "tkcore/Assertion.h"
+#include "tkcore/ExtractaParserException.h"
 #include "tkcore/Log.h"
+#include "tkcore/System.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
 
 using tkcore::AString;
 using tkcore::LongFileName;
+using tkcore::VEL_ANSI;
 
 namespace {
 
 constexpr char kSource[] = "ExtractaExecutor";
-
-/// Seconds since 1970 on the local wall clock, low 32 bits.
-std::int32_t runNumber() {
-    namespace pt = boost::posix_time;
-    const pt::ptime start(boost::gregorian::date(1970, 1, 1));
-    const pt::time_duration elapsed = pt::microsec_clock::local_time() - start;
-    return static_cast<std::int32_t>(elapsed.total_microseconds() / 1'000'000);
-}
 
 }  // namespace
 
@@ -45,22 +38,17 @@ bool ExtractaExecutor::createWorkingDir(const AString& base) {
         VEL_ASSERT(kSource, !"APDLinkServer::createWorkingDir, can't find workingdirpath");
         return fail(AString::Format("Could not find working directory at \"%s\"", base));
     }
-    const std::int32_t number = runNumber();
-    deleteWorkingDir();
-    workingDir = LongFileName(AString::Format("%sextract%d/", baseDirectory.FilePath(), number));
-    ownsWorkingDir = tkcore::LFN_CreateDirectory(workingDir);
-    if (!ownsWorkingDir) {
+    if (!workingDir.createIn(baseDirectory)) {
         VEL_ASSERT(kSource,
                    !"APDLinkServer::createExtractaViews, could not create working directory");
-        return fail(
-            AString::Format("Could not create working directory at \"%s\"", workingDir.FilePath()));
+        return fail(AString::Format("Could not create working directory at \"%s\"",
+                                    workingDir.name().FilePath()));
     }
     return true;
 }
 
 bool ExtractaExecutor::deleteWorkingDir() {
-    if (!ownsWorkingDir || !tkcore::LFN_IsExistingDirectory(workingDir) ||
-        tkcore::LFN_Delete(workingDir)) {
+    if (workingDir.remove()) {
         return true;
     }
     VEL_ASSERT(kSource, !"APDLinkServer::deleteWorkingDir, failed");
@@ -73,6 +61,9 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
     if (!createWorkingDir(base)) {
         return false;
     }
+    design = LongFileName(designFile);
+    ExtractaViewGenerator::reportTo(observer);
+    warnAboutBlanks(observer, nets);
     return views.Contains(ViewType::conn)
                ? createExtractaControlFileAndViewsMP(designFile, views, nets, activeViews)
                : createViewsWithOneProcess(designFile, views, nets, activeViews);
@@ -81,25 +72,46 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
 bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, const ViewSet& views,
                                                  const std::vector<AString>& nets,
                                                  std::vector<ActiveView>& activeViews) {
-    const LongFileName controlFile(workingDir.FilePath() + "extracta_control.txt");
+    const LongFileName controlFile(workingDir.name().FilePath() + kControlFileName);
     std::ofstream stream = OpenControlFile(controlFile);
     WriteControlFile(stream, views, nets);
     stream.close();
+    if (!stream.good()) {
+        warn(observer,
+             "cannot write all of " + controlFile.FilePath() + ": " + tkcore::systemMessage(errno));
+    }
     std::vector<ActiveView> created;
-    CollectViewFiles(views, workingDir, created);
+    CollectViewFiles(views, workingDir.name(), created);
+    for (const ActiveView& view : created) {
+        observer.extractionStarted(ViewTypeName(view.viewType), view.path);
+    }
     try {
         ExtractaViewGenerator::runExtracta(LongFileName(designFile), controlFile, generatorOption,
-                                           created, workingDir);
+                                           created, workingDir.name());
     } catch (const std::exception& exception) {
-        return fail(AString("extracta run failed: ") + exception.what());
+        return fail("extracta run failed: ", exception);
+    }
+    for (const ActiveView& view : created) {
+        observer.extractionFinished(ViewTypeName(view.viewType));
+        warnAboutFile(observer, view);
     }
     activeViews.insert(activeViews.begin(), created.begin(), created.end());
     return true;
 }
 
-bool ExtractaExecutor::fail(AString message) {
-    tkcore::VelDebug(0, "error: %s", message);
-    errorMessage = std::move(message);
+bool ExtractaExecutor::fail(const AString& message) {
+    tkcore::writeLog(0, "error: ", VEL_ANSI(message));
+    errorMessage = message;
+    return false;
+}
+
+bool ExtractaExecutor::fail(std::string_view prefix, const std::exception& exception) {
+    // The message may be all that an extractor has printed, so it is not held more often than need
+    // be: errorMessage is its one wide form.
+    const std::string_view message = tkcore::messageOf(exception);
+    tkcore::writeLog(0, std::string("error: ").append(prefix), message);
+    errorMessage = AString(prefix);
+    errorMessage.append(message);
     return false;
 }
 

@@ -1,22 +1,28 @@
 #pragma once
 
+#include <exception>
+#include <string_view>
 #include <vector>
 
+#include "executor/WorkingDirectory.h"
 #include "tkcore/AString.h"
 #include "tkcore/LongFileName.h"
 #include "views/ActiveView.h"
+#include "views/RunObserver.h"
 #include "views/ViewType.h"
 
 namespace velextracta {
 
 /// One extraction run: owns its working directory, creates the views in it with one extracta
-/// process or several, and packs or moves what lies there afterwards.
+/// process or several, and packs or moves what lies there afterwards. The front end has one for
+/// each run.
 ///
 /// The operations return false when they fail; those that create leave a text in lastError(),
-/// and every reason is in the core library's log.
+/// and every reason is in the core library's log, as is every doubt about a success.
 class ExtractaExecutor {
 public:
-    ExtractaExecutor() = default;
+    /// Reports to the observer, which must outlive it.
+    explicit ExtractaExecutor(RunObserver& runObserver = nobody()) : observer(runObserver) {}
 
     /// Removes the working directory, unless VELTAR_EXTRACTA_DEBUG is in the environment.
     virtual ~ExtractaExecutor();
@@ -43,13 +49,14 @@ public:
     bool addFilesToWorkingDir(const std::vector<tkcore::AString>& files);
 
     /// Packs the working directory's top-level entries with the extension (empty: all) into a zip
-    /// archive at the output path.
+    /// archive at the output path. The design, and what else looks like one, is never replaced.
     bool zipActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
 
-    /// Moves the same entries into the output directory; files of the same name are replaced.
+    /// Moves the same entries into the output directory; files of the same name are replaced, but
+    /// for designs.
     bool moveActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
 
-    tkcore::LongFileName workingDirectory() const { return workingDir; }
+    tkcore::LongFileName workingDirectory() const { return workingDir.name(); }
     const tkcore::AString& lastError() const { return errorMessage; }
 
 private:
@@ -63,14 +70,16 @@ private:
                                              const std::vector<tkcore::AString>& nets,
                                              std::vector<ActiveView>& activeViews);
 
-    /// Keeps and logs the text; false, for the caller to return.
-    bool fail(tkcore::AString message);
+    /// Both keep and log the text; false, for the caller to return.
+    bool fail(const tkcore::AString& message);
+    bool fail(std::string_view prefix, const std::exception& exception);
 
     tkcore::AString errorMessage;
-    tkcore::LongFileName workingDir;  // kept even when it could not be created
+    WorkingDirectory workingDir;
     bool generatorOption = true;
     [[maybe_unused]] bool spareFlag = false;
-    bool ownsWorkingDir = false;  // created by us: a directory that was there is never deleted
+    tkcore::LongFileName design;  // once views have been asked for
+    RunObserver& observer;
 };
 
 }  // namespace velextracta

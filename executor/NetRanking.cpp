@@ -7,7 +7,7 @@
 
 #include <boost/unordered/unordered_flat_map.hpp>
 
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
 #include "views/ExtractaViewDef.h"
 
 namespace velextracta {
@@ -20,7 +20,7 @@ using NetRecordCounts = boost::unordered_flat_map<std::string_view, std::uint64_
 NetRecordCounts countRecordsByNet(const ExtractaViewData& survey, const std::string& path) {
     const std::uint32_t netNameColumn = survey.columnIndex(kNetNameField);
     if (netNameColumn == ExtractaViewData::kNoColumn) {
-        throw ExtractaParserException(path + " has no NET_NAME column");
+        throw tkcore::ExtractaParserException(path + " has no NET_NAME column");
     }
     NetRecordCounts counts;
     std::uint64_t recordNumber = 0;
@@ -28,8 +28,8 @@ NetRecordCounts countRecordsByNet(const ExtractaViewData& survey, const std::str
         ++recordNumber;
         const std::optional<std::string_view> netName = record.field(netNameColumn);
         if (!netName) {
-            throw ExtractaParserException(path + " record " + std::to_string(recordNumber) +
-                                          " is too short for its NET_NAME column");
+            throw tkcore::ExtractaParserException(path + " record " + std::to_string(recordNumber) +
+                                                  " is too short for its NET_NAME column");
         }
         ++counts[*netName];
     }

@@ -1,15 +1,20 @@
+#include <algorithm>
 #include <exception>
 #include <vector>
 
 #include "archive/CZipArchive.h"
 #include "executor/ExtractaExecutor.h"
-#include "executor/PathStatus.h"
 #include "tkcore/Assertion.h"
+#include "tkcore/FileCopy.h"
+#include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 
 namespace velextracta {
 
 using tkcore::AString;
+using tkcore::isDirectory;
+using tkcore::isThere;
 using tkcore::VEL_ANSI;
 
 namespace {
@@ -41,19 +46,66 @@ void addToArchive(CZipArchive& archive, const fs::path& workingpath, const AStri
     }
 }
 
+/// A file whose name says that it is a design, whatever the case of its letters.
+bool isNamedLikeADesign(const fs::path& path) {
+    static const AString kEnding(".mcm");
+    const std::wstring name = AString(path.string()).wide();
+    const std::size_t start = name.size() - std::min(name.size(), kEnding.wide().size());
+    return AString(name.substr(start)).MatchNoCase(kEnding);
+}
+
+/// Keeps designs from being replaced, by whatever path: a slip of the command line, such as
+/// "*.mcm", makes one of them the output.
+void refuseDesign(const fs::path& target, const tkcore::LongFileName& design) {
+    if (!isThere(target)) {
+        return;
+    }
+    boost::system::error_code error;
+    if (tkcore::isSameFile(target, VEL_ANSI(design.FilePath())) ||
+        (!isDirectory(target) &&
+         (isNamedLikeADesign(target) || isNamedLikeADesign(fs::canonical(target, error))))) {
+        throw fs::filesystem_error("a design is never replaced", target,
+                                   make_error_code(boost::system::errc::operation_not_permitted));
+    }
+}
+
+/// Moves the entries into the directory; checks all of them before the first.
+void moveEntries(const std::vector<fs::path>& entries, const fs::path& directory,
+                 const tkcore::LongFileName& design) {
+    for (const fs::path& entry : entries) {
+        refuseDesign(directory / entry.filename(), design);
+    }
+    for (const fs::path& entry : entries) {
+        const fs::path target = directory / entry.filename();
+        if (isThere(target)) {
+            fs::remove(target);
+        }
+        fs::rename(entry, target);
+    }
+}
+
+/// The reason behind an assertion that only tells where a packaging failed.
+void logReason(const std::exception& exception) {
+    tkcore::writeLog(0, "error: ", exception.what());
+}
+
 }  // namespace
 
 bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
-    if (!tkcore::LFN_IsExistingDirectory(workingDir)) {
+    if (!tkcore::LFN_IsExistingDirectory(workingDirectory())) {
         return false;
     }
-    const fs::path workingpath(VEL_ANSI(workingDir.FilePath()));
+    const fs::path workingpath(VEL_ANSI(workingDirectory().FilePath()));
     VEL_ASSERT(kSource, fs::is_directory(workingpath));
-    for (const AString& text : files) {
-        const fs::path file(VEL_ANSI(text));
-        if (isThere(file)) {
-            fs::copy_file(file, workingpath / file.filename(), fs::copy_options::none);
+    try {
+        for (const AString& text : files) {
+            const fs::path file(VEL_ANSI(text));
+            if (isThere(file)) {
+                tkcore::copyToNewFile(file.string(), (workingpath / file.filename()).string());
+            }
         }
+    } catch (const tkcore::Interrupted&) {
+        return false;  // which nobody looks at: the packaging behind it fails for the same reason
     }
     return true;
 }
@@ -63,18 +115,19 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
     VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
     CZipArchive archive;
     try {
+        refuseDesign(outpath, design);
         archive.Open(outpath.string(), CZipArchive::kCreate, 0);
     } catch (const std::exception& exception) {
-        tkcore::VelDebug(1, "*zipActiveViews: %s\n", exception.what());
+        logReason(exception);
         VEL_ASSERT(kSource, !"open archive failed");
         return false;
     }
     try {
-        addToArchive(archive, VEL_ANSI(workingDir.FilePath()), extension);
+        addToArchive(archive, VEL_ANSI(workingDirectory().FilePath()), extension);
         // Inside the guarded block: a disk may fill up as late as here.
         archive.Close(0, false);
     } catch (const std::exception& exception) {
-        tkcore::VelDebug(1, "*zipActiveViews: %s\n", exception.what());
+        logReason(exception);
         VEL_ASSERT(kSource, !"ExtractaExecutor::zipActiveViews, error with boost::filesystem");
         return false;
     }
@@ -85,19 +138,19 @@ bool ExtractaExecutor::moveActiveViews(const AString& outputPath, const AString&
     const fs::path outpath(VEL_ANSI(outputPath));
     VEL_ASSERT_TEXT(kSource, "fs::is_directory(outpath)", isDirectory(outpath));
     try {
-        const fs::path workingpath(VEL_ANSI(workingDir.FilePath()));
+        const fs::path workingpath(VEL_ANSI(workingDirectory().FilePath()));
         if (!isThere(workingpath)) {
             return true;
         }
-        for (const fs::path& entry : entriesWithExtension(workingpath, extension)) {
-            const fs::path target = outpath / entry.filename();
-            if (isThere(target)) {
-                fs::remove(target);
-            }
-            fs::rename(entry, target);
+        if (outpath.empty()) {
+            // Joined with a name it would mean the current directory.
+            throw fs::filesystem_error(
+                "the output path is empty",
+                make_error_code(boost::system::errc::no_such_file_or_directory));
         }
+        moveEntries(entriesWithExtension(workingpath, extension), outpath, design);
     } catch (const fs::filesystem_error& error) {
-        tkcore::VelDebug(1, "*moveActiveViews: %s\n", error.what());
+        logReason(error);
         VEL_ASSERT(kSource, !"ExtractaExecutor::moveActiveViews, error with boost::filesystem");
         return false;
     }

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include <boost/lexical_cast.hpp>
@@ -11,9 +13,11 @@
 #include "executor/ConnectivityMerge.h"
 #include "executor/ExtractaExecutor.h"
 #include "executor/NetRanking.h"
+#include "executor/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
 #include "reader/ViewFile.h"
 #include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 #include "views/ExtractaViewDef.h"
 
@@ -30,11 +34,20 @@ constexpr std::size_t kMaxSplitNets = 4;
 
 using Generators = std::vector<boost::shared_ptr<ExtractaViewGenerator>>;
 
-/// The generators of one parallel run. Dropping it ends those that still run.
+/// The generators of one parallel run, owned by the operation below. Dropping it ends those that
+/// still run.
 class ParallelRun final {
 public:
-    ParallelRun(const AString& design, const LongFileName& directory, bool option)
-        : designFile(LongFileName(design)), workingDir(directory), generatorOption(option) {}
+    ParallelRun(const AString& design, const LongFileName& directory, bool option,
+                RunObserver& runObserver)
+        : designFile(LongFileName(design)),
+          workingDir(directory),
+          generatorOption(option),
+          observer(runObserver) {}
+    // All at the same time; then each is waited for as it is destroyed.
+    ~ParallelRun() { ExtractaViewGenerator::requestEndOfAll(); }
+    ParallelRun(const ParallelRun&) = delete;
+    ParallelRun& operator=(const ParallelRun&) = delete;
 
     void startOtherViews(const ViewSet& views, const std::vector<AString>& nets);
     void startConnectivity(const std::vector<AString>& nets);
@@ -42,7 +55,8 @@ public:
     void waitForOtherViews(std::vector<ActiveView>& activeViews);
 
 private:
-    std::vector<RankedNet> surveyNets(const std::vector<AString>& nets) const;
+    std::vector<RankedNet> surveyNets(const std::vector<AString>& nets);
+    bool canHaveProcesses(const AString& net) const;
     void splitNet(std::size_t rank, const AString& net);
     void start(Generators& generators, const ExtractaViewDef& definition, const AString& name) {
         generators.push_back(boost::make_shared<ExtractaViewGenerator>(
@@ -52,13 +66,36 @@ private:
     const LongFileName designFile;
     const LongFileName workingDir;
     const bool generatorOption;
+    RunObserver& observer;
+    std::optional<ExtractaViewGenerator> survey;
     Generators otherGenerators;
     Generators connectivityGenerators;
 };
 
-/// A line break in a name would add a line to a control file. Such a net is left to the remainder.
-bool canBeNamed(const RankedNet& net) {
-    return net.netName.find_first_of("\r\n") == std::string::npos;
+/// The name of the generator for a group of classes of a split net.
+AString generatorName(std::size_t rank, const AString& net, const std::vector<AString>& classes) {
+    AString name = boost::lexical_cast<std::string>(rank) + "_" + net;
+    for (const AString& className : classes) {
+        name += "_" + className;
+    }
+    return name;
+}
+
+void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString>& nets,
+                                const std::vector<RankedNet>& ranked) {
+    std::unordered_set<std::string> surveyed;
+    std::unordered_set<std::string> selected;
+    std::ranges::transform(nets, std::inserter(selected, selected.end()), VEL_ANSI);
+    for (const RankedNet& net : ranked) {
+        if (selected.contains(net.netName)) {
+            surveyed.insert(net.netName);
+        }
+    }
+    for (const AString& net : nets) {
+        if (!surveyed.contains(VEL_ANSI(net))) {
+            warn(observer, "the selected net \"" + net + "\" has no connectivity record");
+        }
+    }
 }
 
 void ParallelRun::startOtherViews(const ViewSet& views, const std::vector<AString>& nets) {
@@ -70,44 +107,72 @@ void ParallelRun::startOtherViews(const ViewSet& views, const std::vector<AStrin
 }
 
 void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
-    std::vector<RankedNet> ranked = surveyNets(nets);
-    std::erase_if(ranked, std::not_fn(canBeNamed));
+    const std::vector<RankedNet> ranked = surveyNets(nets);
+    warnAboutNetsWithoutRecord(observer, nets, ranked);
     std::vector<AString> splitNets;
-    for (std::size_t rank = 0; rank < std::min(kMaxSplitNets, ranked.size()); ++rank) {
-        const AString net(ranked[rank].netName);
-        splitNet(rank, net);
-        splitNets.push_back(net);
+    for (const RankedNet& candidate : ranked) {
+        if (splitNets.size() == kMaxSplitNets) {
+            break;
+        }
+        if (const AString net(candidate.netName); canHaveProcesses(net)) {
+            splitNet(splitNets.size(), net);
+            splitNets.push_back(net);
+        }
     }
     // Without the net selection: the remainder covers every net of the design but the split ones.
     start(connectivityGenerators, ExtractaViewDef(ViewType::conn, splitNets, true), "remainder");
+    survey.reset();
 }
 
-std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets) const {
-    ExtractaViewGenerator generator(designFile, MakeNetListDef(nets), workingDir, generatorOption,
-                                    "nets");
-    const std::string path = VEL_ANSI(generator.waitForViewFile().path);
-    ExtractaViewData survey;
-    readViewFile(path, survey);
+std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets) {
+    survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, "nets");
+    const std::string path = VEL_ANSI(survey->waitForViewFile().path);
+    ExtractaViewData records;
+    readViewFile(path, records);
     tkcore::VelDebug(1, "createExtractaControlFileAndViewsMP %d connectivity records\n",
-                     survey.records().size());
-    return rankNets(survey, path);
+                     records.records().size());
+    return rankNets(records, path);
+}
+
+/// A net that cannot is left to the remainder.
+bool ParallelRun::canHaveProcesses(const AString& net) const {
+    if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
+        // It would add a line to a control file.
+        warn(observer,
+             "the net \"" + net + "\" is left to the remainder: a line break in its name");
+        return false;
+    }
+    // A control file has the longer name of the two; the number in it has one digit for all ranks.
+    const bool isTooLong =
+        std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
+            const AString name = sanitisedName(generatorName(0, net, classes));
+            return tkcore::isTooLong(
+                VEL_ANSI(workingDir.FilePath() + MakeControlFileName(ViewType::conn, name)));
+        });
+    if (isTooLong) {
+        warn(observer, "the net \"" + net +
+                           "\" is left to the remainder: its name is too long "
+                           "for the name of a file");
+    }
+    return !isTooLong;
 }
 
 void ParallelRun::splitNet(std::size_t rank, const AString& net) {
     for (const std::vector<AString>& classes : ConnectivityClassGroups()) {
-        AString name = boost::lexical_cast<std::string>(rank) + "_" + net;
-        for (const AString& className : classes) {
-            name += "_" + className;
-        }
-        start(connectivityGenerators, MakeNetClassDef(net, classes), name);
+        start(connectivityGenerators, MakeNetClassDef(net, classes),
+              generatorName(rank, net, classes));
     }
 }
 
 ActiveView ParallelRun::mergeConnectivity() {
     const AString combinedPath = workingDir.FilePath() + MakeViewFileName(ViewType::conn, "");
-    ConnectivityMerge merge(combinedPath);
+    // A large piece takes its time: finished children are reaped and queued ones started meanwhile.
+    ConnectivityMerge merge(combinedPath, ExtractaViewGenerator::pollProcesses);
     for (const auto& generator : connectivityGenerators) {
-        merge.append(generator->waitForViewFile().path);
+        const AString path = generator->waitForViewFile().path;
+        if (const std::string doubt = merge.append(path); !doubt.empty()) {
+            warn(observer, "the piece " + path + " is doubtful: " + doubt);
+        }
     }
     return {ViewType::conn, combinedPath};
 }
@@ -115,6 +180,7 @@ ActiveView ParallelRun::mergeConnectivity() {
 void ParallelRun::waitForOtherViews(std::vector<ActiveView>& activeViews) {
     for (const auto& generator : otherGenerators) {
         activeViews.push_back(generator->waitForViewFile());
+        warnAboutFile(observer, activeViews.back());
     }
 }
 
@@ -126,9 +192,9 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
                                                            std::vector<ActiveView>& activeViews) {
     ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
     tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
-                     workingDir.FilePath());
+                     workingDir.name().FilePath());
     try {
-        ParallelRun run(designFile, workingDir, generatorOption);
+        ParallelRun run(designFile, workingDir.name(), generatorOption, observer);
         run.startOtherViews(views, nets);
         if (views.Contains(ViewType::conn)) {
             run.startConnectivity(nets);
@@ -136,7 +202,7 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
         }
         run.waitForOtherViews(activeViews);
     } catch (const std::exception& exception) {
-        return fail(AString("createExtractaControlFileAndViewsMP: ") + exception.what());
+        return fail("createExtractaControlFileAndViewsMP: ", exception);
     }
     return true;
 }

@@ -7,7 +7,7 @@
 #include "executor/NetRanking.h"
 #include "fuzz/Fuzzer.h"
 #include "reader/ViewFile.h"
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
 
 using namespace velextracta;
 
@@ -72,7 +72,7 @@ void checkRanking(const ExtractaViewData& survey) {
     std::vector<RankedNet> ranking;
     try {
         ranking = rankNets(survey, kPath);
-    } catch (const ExtractaParserException&) {
+    } catch (const tkcore::ExtractaParserException&) {
         return;
     }
     std::uint64_t recordCount = 0;
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     bool isWhole = true;
     try {
         parseViewText(text, kPath, table);
-    } catch (const ExtractaParserException&) {
+    } catch (const tkcore::ExtractaParserException&) {
         isWhole = false;
     }
     if (isWhole) {

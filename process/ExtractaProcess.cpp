@@ -1,17 +1,22 @@
 #include "process/ExtractaProcess.h"
 
 #include <cstdlib>
+#include <string>
+#include <utility>
 
+#include "tkcore/ChildWatch.h"
+#include "tkcore/ExtractaParserException.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
-#include "tkcore/PipeUtil.h"
 #include "tkcore/System.h"
-#include "views/ExtractaParserException.h"
 
 namespace velextracta {
 
 using tkcore::AString;
+using tkcore::ChildProgram;
+using tkcore::ExtractaParserException;
 using tkcore::LongFileName;
+using tkcore::VEL_ANSI;
 using tkcore::VelDebug;
 
 namespace {
@@ -22,24 +27,26 @@ AString quotedPath(const LongFileName& file) {
 
 [[noreturn]] void throwStartFailure(const AString& executable, int result) {
     constexpr int kNoSuchFile = 2;
+    const AString reason = tkcore::systemMessage(result);
+    VelDebug(0, "error: cannot start %s: %s", executable, reason);
     if (result == kNoSuchFile) {
         throw ExtractaParserException(
             "CreateProcess failed with error 2: Could not find application " + executable);
     }
-    throw ExtractaParserException(AString::Format("CreateProcess failed with error %d: %s", result,
-                                                  tkcore::systemMessage(result)));
+    throw ExtractaParserException(
+        AString::Format("CreateProcess failed with error %d: %s", result, reason));
 }
 
-/// A child whose tree does not outlive the scope.
-class ScopedProcess final {
-public:
-    explicit ScopedProcess(tkcore::ProcessHandle process) : handle(process) {}
-    ~ScopedProcess() { tkcore::VeltTerminateProcessTree(handle); }
-    ScopedProcess(const ScopedProcess&) = delete;
-    ScopedProcess& operator=(const ScopedProcess&) = delete;
-
-    const tkcore::ProcessHandle handle;
-};
+[[noreturn]] void throwExitFailure(const AString& processName, int code,
+                                   const std::string& output) {
+    std::string message =
+        VEL_ANSI(AString::Format("%s exited with non-zero exit code %d", processName, code));
+    if (!output.empty()) {
+        message.reserve(message.size() + 2 + output.size());
+        message.append(": ").append(output);
+    }
+    throw ExtractaParserException(std::move(message));
+}
 
 }  // namespace
 
@@ -74,72 +81,47 @@ AString commandLine(const AString& executable, const std::vector<AString>& argum
     return line;
 }
 
-tkcore::ProcessHandle StartChildProcess(const AString& executable,
-                                        const std::vector<AString>& arguments,
-                                        const LongFileName& workingDir,
-                                        tkcore::PipeHandle pipeWriteEnd) {
+void StartChildProcess(const AString& executable, const std::vector<AString>& arguments,
+                       const LongFileName& workingDir, ChildProgram& child) {
     std::vector<AString> argv{executable};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     VelDebug(1, "*StartChildProcess: %s \n", commandLine(executable, arguments));
-    tkcore::ProcessHandle handle = nullptr;
-    const int result = tkcore::VeltCreateProcess(
-        AString(), argv.data(), static_cast<int>(argv.size()), handle, workingDir.FilePath(),
-        nullptr, nullptr, pipeWriteEnd, 0, false, true, true, 0);
-    if (result != 0) {
+    if (const int result = child.start(argv, workingDir); result != 0) {
         VelDebug(1, "*StartChildProcess: VelCreateProcess result = %d \n", result);
         throwStartFailure(executable, result);
     }
-    return handle;
 }
 
-bool ProcessRunning(tkcore::ProcessHandle handle, const AString& processName,
-                    tkcore::PipeHandle readEnd, AString& output) {
-    if (handle == nullptr) {
-        return false;
-    }
-    if (readEnd != nullptr) {
-        tkcore::drainPipe(readEnd, output);
-    }
-    int code = 0;
-    if (tkcore::VeltGetProcessExitCode(handle, code) == 0) {
-        throw ExtractaParserException(
-            AString::Format("ExtractaViewGenerator ProcessRunning check failed, "
-                            "VeltGetProcessExitCode returned zero for %s process",
-                            processName));
-    }
-    if (code == tkcore::kStillRunning) {
-        return true;
-    }
-    if (code == 0) {
-        return false;
-    }
-    AString message = AString::Format("%s exited with non-zero exit code %d", processName, code);
-    if (readEnd != nullptr) {
-        tkcore::drainPipe(readEnd, output);
-        if (!output.empty()) {
-            message += ": ";
-            message += output;
-        }
-    }
-    throw ExtractaParserException(message);
-}
-
-void throwIfInterrupted() {
-    if (const int signal = tkcore::interruption(); signal != 0) {
-        throw ExtractaParserException(AString::Format("interrupted by signal %d", signal));
+bool ProcessRunning(ChildProgram& child, const AString& processName) {
+    switch (child.look()) {
+        case ChildProgram::State::kNone:
+            return false;
+        case ChildProgram::State::kRunning:
+            return true;
+        case ChildProgram::State::kEnded:
+            if (child.exitCode() != 0) {
+                throwExitFailure(processName, child.exitCode(), child.output());
+            }
+            return false;
+        case ChildProgram::State::kUnknown:
+        default:
+            throw ExtractaParserException(
+                AString::Format("ExtractaViewGenerator ProcessRunning check failed, "
+                                "VeltGetProcessExitCode returned zero for %s process",
+                                processName));
     }
 }
 
 void runAndWait(const AString& executable, const std::vector<AString>& arguments,
-                const LongFileName& workingDir) {
-    tkcore::CPipe pipe;
-    pipe.CreatePipe();
-    AString output;
-    const ScopedProcess child(
-        StartChildProcess(executable, arguments, workingDir, pipe.writeHandle()));
-    while (ProcessRunning(child.handle, executable, pipe.readHandle(), output)) {
-        throwIfInterrupted();
-        tkcore::sleepMilliseconds(1);
+                const LongFileName& workingDir, const std::function<void()>& whileWaiting) {
+    ChildProgram child;
+    StartChildProcess(executable, arguments, workingDir, child);
+    tkcore::ChildWatch watch;
+    watch.add(child);
+    while (ProcessRunning(child, executable)) {
+        tkcore::throwIfInterrupted();
+        watch.wait();
+        whileWaiting();
     }
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "tkcore/AString.h"
+#include "tkcore/ChildProgram.h"
 #include "tkcore/LongFileName.h"
-#include "tkcore/Pipe.h"
-#include "tkcore/Process.h"
+
+// How extracta is called and what its end means. Used by the generators, and by whoever runs one
+// extracta alone; every failure is an ExtractaParserException.
 
 namespace velextracta {
 
@@ -24,22 +27,18 @@ std::vector<tkcore::AString> buildExtractaArguments(const tkcore::LongFileName& 
 tkcore::AString commandLine(const tkcore::AString& executable,
                             const std::vector<tkcore::AString>& arguments);
 
-/// Starts a program in the working directory, both its outputs in the pipe.
-tkcore::ProcessHandle StartChildProcess(const tkcore::AString& executable,
-                                        const std::vector<tkcore::AString>& arguments,
-                                        const tkcore::LongFileName& workingDir,
-                                        tkcore::PipeHandle pipeWriteEnd);
+/// Starts a program in the working directory.
+void StartChildProcess(const tkcore::AString& executable,
+                       const std::vector<tkcore::AString>& arguments,
+                       const tkcore::LongFileName& workingDir, tkcore::ChildProgram& child);
 
-/// Collects what the program has printed (readEnd null: nothing) and tells whether it still runs;
-/// false for a null handle. An exit code other than 0 is thrown, with all of the output.
-bool ProcessRunning(tkcore::ProcessHandle handle, const tkcore::AString& processName,
-                    tkcore::PipeHandle readEnd, tkcore::AString& output);
+/// Collects what the program has printed and tells whether it still runs; false for one that was
+/// never started. An exit code other than 0 is thrown, with all that it has printed.
+bool ProcessRunning(tkcore::ChildProgram& child, const tkcore::AString& processName);
 
-/// Throws once a request to end the run has been noted.
-void throwIfInterrupted();
-
-/// Runs a program to its end.
+/// Runs a program to its end; the action is called about every millisecond. Throws
+/// tkcore::Interrupted, too.
 void runAndWait(const tkcore::AString& executable, const std::vector<tkcore::AString>& arguments,
-                const tkcore::LongFileName& workingDir);
+                const tkcore::LongFileName& workingDir, const std::function<void()>& whileWaiting);
 
 }  // namespace velextracta

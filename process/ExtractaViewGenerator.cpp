@@ -1,21 +1,21 @@
 #include "process/ExtractaViewGenerator.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <functional>
 
 #include "process/ExtractaProcess.h"
+#include "tkcore/ExtractaParserException.h"
 #include "tkcore/Log.h"
-#include "views/ExtractaParserException.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
 
 using tkcore::AString;
+using tkcore::ExtractaParserException;
 using tkcore::LongFileName;
 using tkcore::VelDebug;
-
-namespace {
 
 AString sanitisedName(const AString& name) {
     const auto isKept = [](wchar_t character) {
@@ -28,41 +28,36 @@ AString sanitisedName(const AString& name) {
     return text;
 }
 
-}  // namespace
-
 std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads) {
     return std::max(hardwareThreads / 2, 1U);
 }
 
 std::uint32_t ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
-std::deque<ExtractaViewGenerator*> ExtractaViewGenerator::waitingGenerators;
-std::deque<ExtractaViewGenerator*> ExtractaViewGenerator::runningGenerators;
+GeneratorPool ExtractaViewGenerator::pool;
 
 ExtractaViewGenerator::ExtractaViewGenerator(const LongFileName& designFile,
                                              const ExtractaViewDef& viewDef,
                                              const LongFileName& workingDirectory,
                                              bool generatorOption, const AString& givenName)
     : viewType(viewDef.viewType), name(sanitisedName(givenName)), workingDir(workingDirectory) {
-    const LongFileName controlFile(workingDir.FilePath() + "extracta_control_" +
-                                   ViewTypeName(viewType) + name + ".txt");
+    const LongFileName controlFile(workingDir.FilePath() + MakeControlFileName(viewType, name));
     writeControlFile(viewDef, controlFile);
     outputFile = LongFileName(workingDir.FilePath() + MakeViewFileName(viewType, name));
     arguments = buildExtractaArguments(designFile, controlFile, generatorOption, {outputFile});
-    startOrQueue();
+    pool.startOrQueue(*this);
 }
 
 ExtractaViewGenerator::~ExtractaViewGenerator() {
-    if (processHandle != nullptr) {
+    if (child.isStarted()) {
         VelDebug(1, "*ExtractaViewGenerator destructor: VeltTerminateProcessTree\n");
-        tkcore::VeltTerminateProcessTree(processHandle);
     }
-    leaveQueues();
+    pool.leave(*this);
 }
 
 ActiveView ExtractaViewGenerator::waitForViewFile() {
-    while (isQueued() || checkFinished()) {
+    while (pool.isQueued(*this) || checkFinished()) {
         pollProcesses();
-        tkcore::sleepMilliseconds(1);
+        pool.wait();
     }
     return {viewType, outputFile.FilePath()};
 }
@@ -77,7 +72,8 @@ void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
         files.emplace_back(view.path);
     }
     runAndWait(extractaExecutableName(),
-               buildExtractaArguments(designFile, controlFile, generatorOption, files), workingDir);
+               buildExtractaArguments(designFile, controlFile, generatorOption, files), workingDir,
+               [] { pool.observer().waiting(); });
 }
 
 void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
@@ -86,22 +82,15 @@ void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
     WriteViewBlock(viewDef, stream);
     // Flushed before the look at its state: a full disk shows only when the bytes go out.
     if (!stream.flush().good()) {
+        VelDebug(0, "error: cannot write %s: %s", controlFile.FilePath(),
+                 tkcore::systemMessage(errno));
         throw ExtractaParserException("ExtractaViewGenerator failed to write file " +
                                       workingDir.FilePath());
     }
 }
 
-void ExtractaViewGenerator::startOrQueue() {
-    if (runningGenerators.size() >= maxConcurrentExtractas) {
-        waitingGenerators.push_back(this);
-        return;
-    }
-    std::erase(waitingGenerators, this);
-    // Not before it is needed: hundreds of queued generators hold no descriptors.
-    pipe.CreatePipe();
-    processHandle =
-        StartChildProcess(extractaExecutableName(), arguments, workingDir, pipe.writeHandle());
-    runningGenerators.push_back(this);
+void ExtractaViewGenerator::startExtracta() {
+    StartChildProcess(extractaExecutableName(), arguments, workingDir, child);
 }
 
 bool ExtractaViewGenerator::checkFinished() {
@@ -109,41 +98,20 @@ bool ExtractaViewGenerator::checkFinished() {
     static const AString kProcessName("extracta");
     bool running = false;
     try {
-        running = ProcessRunning(processHandle, kProcessName, pipe.readHandle(), output);
+        running = ProcessRunning(child, kProcessName);
     } catch (const ExtractaParserException&) {
         // The message names no view; with many children the log must.
-        VelDebug(1, "Extracta %s%s failed: %s \n", ViewTypeName(viewType), name,
+        VelDebug(0, "error: extraction of %s failed: %s \n", viewName(),
                  commandLine(extractaExecutableName(), arguments));
         throw;
     }
-    if (!running && processHandle != nullptr) {
+    if (!running && child.isStarted()) {
         VelDebug(1, "Extracta %s%s finished \n", ViewTypeName(viewType), name);
-        processHandle = nullptr;
-        pipe.Close();
-        std::erase(runningGenerators, this);
+        pool.leave(*this);
+        child.forget();
+        pool.observer().extractionFinished(viewName());
     }
     return running;
-}
-
-bool ExtractaViewGenerator::isQueued() const {
-    return std::ranges::find(waitingGenerators, this) != waitingGenerators.end();
-}
-
-void ExtractaViewGenerator::leaveQueues() {
-    std::erase(waitingGenerators, this);
-    std::erase(runningGenerators, this);
-}
-
-void ExtractaViewGenerator::pollProcesses() {
-    throwIfInterrupted();
-    // A copy: reaping takes generators out of the queue.
-    const auto running = runningGenerators;
-    for (ExtractaViewGenerator* generator : running) {
-        generator->checkFinished();
-    }
-    while (!waitingGenerators.empty() && runningGenerators.size() < maxConcurrentExtractas) {
-        waitingGenerators.front()->startOrQueue();
-    }
 }
 
 }  // namespace velextracta

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <vector>
 
+#include "process/GeneratorPool.h"
 #include "tkcore/AString.h"
+#include "tkcore/ChildProgram.h"
 #include "tkcore/LongFileName.h"
-#include "tkcore/Pipe.h"
-#include "tkcore/Process.h"
 #include "tkcore/System.h"
 #include "views/ActiveView.h"
 #include "views/ExtractaViewDef.h"
@@ -18,16 +17,20 @@ namespace velextracta {
 /// unknown): half as many, at least one.
 std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads = tkcore::hardwareThreads());
 
-/// One extracta process for one view request: from its control file to its view file.
+/// The names of a generator's files carry its name, in which every character but letters, digits,
+/// "-" and "_" has become "_".
+tkcore::AString sanitisedName(const tkcore::AString& name);
+
+/// One extracta process for one view request: from its control file to its view file. Owns the
+/// process; belongs to whoever wants the view.
 ///
 /// Generators share a pool that lets at most maxConcurrentExtractas of them run at once; it moves
-/// on only while somebody is in waitForViewFile. One thread only. All failures, and a noted
-/// request to end the run, are ExtractaParserExceptions.
+/// on only when it is polled, by waitForViewFile or pollProcesses. One thread only. Failures are
+/// ExtractaParserExceptions, a noted request to end the run is tkcore::Interrupted.
 class ExtractaViewGenerator final {
 public:
-    /// Writes the control file into the working directory, then starts extracta or queues it.
-    /// Characters of the name other than letters, digits, "-" and "_" become "_". The option puts
-    /// "-c" on the command line.
+    /// Writes the control file into the working directory, then starts extracta or queues it. The
+    /// option puts "-c" on the command line.
     ExtractaViewGenerator(const tkcore::LongFileName& designFile, const ExtractaViewDef& viewDef,
                           const tkcore::LongFileName& workingDir, bool generatorOption,
                           const tkcore::AString& name);
@@ -49,33 +52,38 @@ public:
                             const std::vector<ActiveView>& views,
                             const tkcore::LongFileName& workingDir);
 
-    /// One scheduling pass: reaps the children that have ended and starts queued ones while there
-    /// is room. For those who do something long between two waits.
-    static void pollProcesses();
+    /// One scheduling pass, for those who do something long between two waits.
+    static void pollProcesses() { pool.pollProcesses(); }
+
+    /// Asks every running extracta to end, all at the same time: dropping the generators one by
+    /// one would wait for each.
+    static void requestEndOfAll() noexcept { pool.requestEnd(); }
+
+    /// Whom the extractions are reported to from now on; must outlive its use.
+    static void reportTo(RunObserver& observer) { pool.reportTo(observer); }
 
     /// Limit of the pool; set anew at the start of each parallel run.
     static std::uint32_t maxConcurrentExtractas;
 
 private:
+    friend class GeneratorPool;
+
     void writeControlFile(const ExtractaViewDef& viewDef,
                           const tkcore::LongFileName& controlFile) const;
-    void startOrQueue();
+    void startExtracta();
+    /// Whether extracta still runs; lets go of it once it has ended.
     bool checkFinished();
-    bool isQueued() const;
-    void leaveQueues();
 
-    // Both queues look at generators that others own; each leaves them when it is destroyed.
-    static std::deque<ExtractaViewGenerator*> waitingGenerators;
-    static std::deque<ExtractaViewGenerator*> runningGenerators;
+    tkcore::AString viewName() const { return ViewTypeName(viewType) + name; }
+
+    static GeneratorPool pool;
 
     ViewType viewType;
     tkcore::AString name;
     tkcore::LongFileName workingDir;
     tkcore::LongFileName outputFile;
-    tkcore::ProcessHandle processHandle = nullptr;  // null while no child of ours runs
-    tkcore::CPipe pipe;                             // open only while the child runs
-    tkcore::AString output;                         // all that the child has printed
     std::vector<tkcore::AString> arguments;
+    tkcore::ChildProgram child;  // with a pipe of its own only while it runs
 };
 
 }  // namespace velextracta

@@ -1,13 +1,13 @@
 #include "reader/ExtractaViewData.h"
 
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
 
 namespace velextracta {
 
 void ExtractaViewData::addColumns(const FieldList& names) {
     for (const std::string_view name : names) {
         if (!sRecords.empty()) {
-            throw ExtractaParserException(
+            throw tkcore::ExtractaParserException(
                 "View Data: Cannot add header information after data has been bound.");
         }
         const auto index = static_cast<std::uint32_t>(columns.size());

@@ -1,41 +1,36 @@
 #include "reader/ViewFile.h"
 
-#include <cstdio>
-#include <memory>
+#include <system_error>
 
 #include "reader/ExtractaViewGrammar.h"
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
+#include "tkcore/InputFile.h"
+#include "tkcore/Log.h"
 
 namespace velextracta {
 
+using tkcore::ExtractaParserException;
+
 namespace {
 
-struct FileCloser {
-    // A file that was only read has nothing left to lose when closing it fails.
-    void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
-};
-
-/// Reads all of the file; false if it cannot be opened or read.
-bool readText(const std::string& path, std::string& text) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-    // A directory may open too; only reading it fails, and the size it tells is no size.
-    if (!file || (std::fgetc(file.get()) == EOF && std::ferror(file.get()) != 0)) {
-        return false;
+std::string readText(const std::string& path) {
+    tkcore::InputFile file(path);
+    if (file.isDirectory()) {
+        throw std::system_error(std::make_error_code(std::errc::is_a_directory), path);
     }
-    const long size = std::fseek(file.get(), 0, SEEK_END) == 0 ? std::ftell(file.get()) : -1;
-    if (size < 0 || std::fseek(file.get(), 0, SEEK_SET) != 0) {
-        return false;
-    }
-    text.resize(static_cast<std::size_t>(size));
-    text.resize(std::fread(text.data(), 1, text.size(), file.get()));
-    return std::ferror(file.get()) == 0;
+    std::string text(file.size(), '\0');
+    text.resize(file.read(text.data(), text.size()));  // it may have become shorter
+    return text;
 }
 
 }  // namespace
 
 void readViewFile(const std::string& path, ExtractaViewData& data) {
     std::string text;
-    if (!readText(path, text)) {
+    try {
+        text = readText(path);
+    } catch (const std::system_error& error) {
+        tkcore::writeLog(0, "error: ", error.what());
         throw ExtractaParserException("Could not open file: " + path);
     }
     parseViewText(text, path, data);

@@ -1,7 +1,6 @@
 #include "tkcore/AString.h"
 
 #include <algorithm>
-#include <ostream>
 
 #include <boost/format.hpp>
 
@@ -40,10 +39,6 @@ AString AString::formatValues(const AString& format, std::span<const FormatValue
         std::visit([&formatter](const auto& plain) { formatter % plain; }, value);
     }
     return formatter.str();
-}
-
-std::wostream& operator<<(std::wostream& stream, const AString& string) {
-    return stream << string.text;
 }
 
 }  // namespace tkcore

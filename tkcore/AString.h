@@ -2,7 +2,6 @@
 
 #include <array>
 #include <compare>
-#include <iosfwd>
 #include <span>
 #include <string>
 #include <string_view>
@@ -46,9 +45,13 @@ public:
         text += other.text;
         return *this;
     }
+    /// The same for narrow text, without a copy of it in between.
+    AString& append(std::string_view narrowText) {
+        appendWide(narrowText, text);
+        return *this;
+    }
     friend AString operator+(AString left, const AString& right) { return left += right; }
     friend bool operator==(const AString&, const AString&) = default;
-    friend std::wostream& operator<<(std::wostream& stream, const AString& string);
 
 private:
     using FormatValue = std::variant<std::wstring, long long, unsigned long long, double>;

@@ -11,6 +11,9 @@ namespace tkcore {
 /// that narrow() gives back exactly the bytes that came in.
 std::wstring widen(std::string_view narrowText);
 
+/// Appends the wide form to a text.
+void appendWide(std::string_view narrowText, std::wstring& wideText);
+
 /// Narrow form of a wide text; the inverse of widen() for everything that widen() made.
 std::string narrow(std::wstring_view wideText);
 

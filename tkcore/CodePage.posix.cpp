@@ -29,7 +29,12 @@ bool isAscii(char character) {
 
 std::wstring widen(std::string_view narrowText) {
     std::wstring wideText;
-    wideText.reserve(narrowText.size());
+    appendWide(narrowText, wideText);
+    return wideText;
+}
+
+void appendWide(std::string_view narrowText, std::wstring& wideText) {
+    wideText.reserve(wideText.size() + narrowText.size());
     for (const char* position = narrowText.begin(); position != narrowText.end();) {
         if (isAscii(*position)) {
             wideText.push_back(*position++);
@@ -45,7 +50,6 @@ std::wstring widen(std::string_view narrowText) {
             ++position;
         }
     }
-    return wideText;
 }
 
 std::string narrow(std::wstring_view wideText) {

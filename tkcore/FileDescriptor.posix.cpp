@@ -1,4 +1,4 @@
-#include "tkcore/FileDescriptor.h"
+#include "tkcore/FileDescriptor.posix.h"
 
 #include <unistd.h>
 

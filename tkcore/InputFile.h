@@ -3,9 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <string>
-
-#include "tkcore/FileDescriptor.h"
 
 namespace tkcore {
 
@@ -15,6 +14,7 @@ namespace tkcore {
 class InputFile final {
 public:
     explicit InputFile(const std::string& filePath);
+    ~InputFile();
 
     [[nodiscard]] bool isDirectory() const noexcept { return directory; }
     /// In bytes; 0 for a directory.
@@ -24,12 +24,16 @@ public:
     /// The twelve permission bits.
     [[nodiscard]] std::uint32_t permissions() const noexcept { return permissionBits; }
 
-    /// Reads on from where the last read ended. Fewer bytes than asked for only at the file's end.
+    /// Both read on from where the last read ended: as many bytes as asked for unless the file ends
+    /// before, and as many as the system gives at once, none only at the file's end.
     std::size_t read(void* destination, std::size_t size);
+    std::size_t readSome(void* destination, std::size_t size);
 
 private:
+    struct OpenFile;
+
     std::string path;
-    FileDescriptor file;
+    std::unique_ptr<OpenFile> file;
     bool directory = false;
     std::uint64_t bytes = 0;
     std::time_t modified = 0;

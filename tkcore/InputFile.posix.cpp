@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tkcore/FileDescriptor.posix.h"
+
 namespace tkcore {
 
 namespace {
@@ -17,11 +19,20 @@ namespace {
 
 }  // namespace
 
-InputFile::InputFile(const std::string& filePath)
+struct InputFile::OpenFile final {
     // Without O_NONBLOCK the opening of a pipe nobody writes to would never return.
-    : path(filePath), file(::open(filePath.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+    explicit OpenFile(const std::string& path)
+        : descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+
+    const FileDescriptor descriptor;
+};
+
+InputFile::~InputFile() = default;
+
+InputFile::InputFile(const std::string& filePath)
+    : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
     struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0) {
+    if (!file->descriptor || ::fstat(file->descriptor.get(), &status) != 0) {
         throwError(errno, "cannot open " + path);
     }
     directory = S_ISDIR(status.st_mode);
@@ -36,18 +47,25 @@ InputFile::InputFile(const std::string& filePath)
 std::size_t InputFile::read(void* destination, std::size_t size) {
     std::size_t done = 0;
     while (done < size) {
-        const ssize_t count =
-            ::read(file.get(), static_cast<char*>(destination) + done, size - done);
+        const std::size_t count = readSome(static_cast<char*>(destination) + done, size - done);
         if (count == 0) {
             break;
         }
-        if (count > 0) {
-            done += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
+        done += count;
+    }
+    return done;
+}
+
+std::size_t InputFile::readSome(void* destination, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(file->descriptor.get(), destination, size);
+        if (count >= 0) {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno != EINTR) {
             throwError(errno, "cannot read " + path);
         }
     }
-    return done;
 }
 
 }  // namespace tkcore

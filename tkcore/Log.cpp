@@ -1,5 +1,6 @@
 #include "tkcore/Log.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
@@ -15,6 +16,8 @@ namespace tkcore {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostInOneWrite = 65536;
 
 const Clock::time_point kStart = Clock::now();
 
@@ -46,22 +49,27 @@ public:
 
     bool takes(int textLevel) const { return textLevel <= level; }
 
-    void write(std::string_view text) {
+    void write(std::string_view prefix, std::string_view text) {
         while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
             text.remove_suffix(1);
         }
         const std::chrono::duration<double> elapsed = Clock::now() - kStart;
         char stamp[32];
         const int length = std::snprintf(stamp, sizeof stamp, "%.6f ", elapsed.count());
-        // One write for the whole text keeps the lines of two runs with one log file apart.
+        // Whole lines in one write keep those of two runs with one log file apart. The text may be
+        // all that an extractor has printed: it is not held a second time.
         std::string lines;
         for (std::size_t start = 0; start <= text.size();) {
             const std::size_t end = std::min(text.find('\n', start), text.size());
-            lines.append(stamp, static_cast<std::size_t>(length));
+            lines.append(stamp, static_cast<std::size_t>(length)).append(prefix);
             lines.append(text.substr(start, end - start)).push_back('\n');
+            prefix = {};
             start = end + 1;
+            if (lines.size() >= kMostInOneWrite || start > text.size()) {
+                stream->write(lines.data(), static_cast<std::streamsize>(lines.size())).flush();
+                lines.clear();
+            }
         }
-        stream->write(lines.data(), static_cast<std::streamsize>(lines.size())).flush();
     }
 
 private:
@@ -94,9 +102,9 @@ bool logTakes(int level) {
     return theLog().takes(level);
 }
 
-void writeLog(int level, const AString& text) {
+void writeLog(int level, std::string_view prefix, std::string_view text) {
     if (logTakes(level)) {
-        theLog().write(VEL_ANSI(text));
+        theLog().write(prefix, text);
     }
 }
 

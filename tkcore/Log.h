@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "tkcore/AString.h"
 
 namespace tkcore {
@@ -10,14 +12,15 @@ namespace tkcore {
 /// is standard error). A value of another form, or a file that cannot be opened, leaves it off.
 bool logTakes(int level);
 
-/// Appends the text to the log, each of its lines led by the seconds since the start.
-void writeLog(int level, const AString& text);
+/// Appends the text, narrow and of any bytes, to the log; the prefix leads its first line, the
+/// seconds since the start lead every line.
+void writeLog(int level, std::string_view prefix, std::string_view text);
 
 /// Trace output; the format is that of AString::Format.
 template <typename... Arguments>
 void VelDebug(int level, const AString& format, const Arguments&... arguments) {
     if (logTakes(level)) {
-        writeLog(level, AString::Format(format, arguments...));
+        writeLog(level, {}, VEL_ANSI(AString::Format(format, arguments...)));
     }
 }
 

@@ -1,13 +1,15 @@
 #include "tkcore/LongFileName.h"
 
-#include <filesystem>
-#include <system_error>
+#include <boost/filesystem.hpp>
+
+#include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 
 namespace tkcore {
 
 namespace {
 
-namespace fs = std::filesystem;
+namespace fs = boost::filesystem;
 
 fs::path toPath(const LongFileName& file) {
     return {VEL_ANSI(file.FilePath())};
@@ -21,8 +23,8 @@ LongFileName::LongFileName(const AString& text) {
 }
 
 void LongFileName::MakeItDirectory() {
-    if (path) {
-        *path = AString((toPath(*this) / "").string());
+    if (path && !path->wide().ends_with(L'/')) {
+        *path += "/";
     }
 }
 
@@ -36,19 +38,27 @@ const AString& LongFileName::FilePath() const noexcept {
 }
 
 bool LFN_CreateDirectory(const LongFileName& directory) {
-    std::error_code error;
-    return directory.IsInitialized() && fs::create_directory(toPath(directory), error);
+    boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
+    if (directory.IsInitialized() && fs::create_directory(toPath(directory), error)) {
+        return true;
+    }
+    // Without an error there was a directory already, which is not the one that was to be made.
+    VelDebug(0, "error: cannot create directory %s: %s", directory.FilePath(),
+             error ? error.message() : "it is there already");
+    return false;
 }
 
 bool LFN_IsExistingDirectory(const LongFileName& directory) {
-    std::error_code error;
-    return directory.IsInitialized() && fs::is_directory(toPath(directory), error);
+    return directory.IsInitialized() && isDirectory(toPath(directory));
 }
 
 bool LFN_Delete(const LongFileName& file) {
-    std::error_code error = std::make_error_code(std::errc::invalid_argument);
+    boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
     if (file.IsInitialized()) {
         fs::remove_all(toPath(file), error);
+    }
+    if (error) {
+        VelDebug(0, "error: cannot remove %s: %s", file.FilePath(), error.message());
     }
     return !error;
 }

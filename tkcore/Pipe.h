@@ -1,33 +1,31 @@
 #pragma once
 
-#include "tkcore/FileDescriptor.h"
+#include <memory>
 
 namespace tkcore {
 
-/// One end of a pipe, with what is known of it.
-struct PipeEnd final {
-    FileDescriptor descriptor;
-    bool announcesWrites = false;
-    int emptyAt = -1;  // value of childNews() when it was last seen to be empty
-};
-
 /// What users hand around of a pipe: a look at one end, null for none.
-using PipeHandle = PipeEnd*;
+using PipeHandle = struct PipeEnd*;
 
 /// An anonymous pipe; neither end reaches a child by itself.
 class CPipe final {
 public:
+    CPipe();
+    ~CPipe();
+    CPipe(const CPipe&) = delete;
+    CPipe& operator=(const CPipe&) = delete;
+
     /// False when the system has no descriptors left; both ends are then closed.
     bool CreatePipe();
     void Close() noexcept;
-    void closeWriteEnd() noexcept { writeEnd.descriptor.close(); }
+    void closeWriteEnd() noexcept;
 
-    PipeHandle readHandle() noexcept { return &readEnd; }
-    PipeHandle writeHandle() noexcept { return &writeEnd; }
+    PipeHandle readHandle() noexcept { return readEnd.get(); }
+    PipeHandle writeHandle() noexcept { return writeEnd.get(); }
 
 private:
-    PipeEnd readEnd;
-    PipeEnd writeEnd;
+    std::unique_ptr<PipeEnd> readEnd;
+    std::unique_ptr<PipeEnd> writeEnd;
 };
 
 /// Reads from the read end of a pipe without ever waiting for bytes.

@@ -7,9 +7,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "tkcore/ChildNews.h"
+#include "tkcore/PipeEnd.posix.h"
 
 namespace tkcore {
+
+CPipe::CPipe() : readEnd(std::make_unique<PipeEnd>()), writeEnd(std::make_unique<PipeEnd>()) {}
+
+CPipe::~CPipe() = default;
 
 bool CPipe::CreatePipe() {
     int descriptors[2];
@@ -17,28 +21,26 @@ bool CPipe::CreatePipe() {
     if (pipe2(descriptors, O_CLOEXEC) != 0) {
         return false;
     }
-    readEnd = {FileDescriptor(descriptors[0]), announceWrites(descriptors[0])};
-    writeEnd = {FileDescriptor(descriptors[1])};
+    readEnd->descriptor = FileDescriptor(descriptors[0]);
+    writeEnd->descriptor = FileDescriptor(descriptors[1]);
     return true;
 }
 
 void CPipe::Close() noexcept {
-    readEnd.descriptor.close();
-    writeEnd.descriptor.close();
+    readEnd->descriptor.close();
+    closeWriteEnd();
+}
+
+void CPipe::closeWriteEnd() noexcept {
+    writeEnd->descriptor.close();
 }
 
 int CPipeCommunicator::Read(char* buffer, int size, int& count, bool consume, int /*timeout*/,
                             bool /*acceptPart*/) {
-    const int news = childNews();
-    if (readEnd->announcesWrites && readEnd->emptyAt == news) {
-        count = 0;
-        return 0;
-    }
     int waiting = 0;
     if (ioctl(readEnd->descriptor.get(), FIONREAD, &waiting) != 0) {
         return errno;
     }
-    readEnd->emptyAt = waiting == 0 ? news : -1;
     count = std::min(waiting, size);
     if (!consume || count == 0) {
         return 0;

@@ -1,7 +1,7 @@
 #include "tkcore/PipeUtil.h"
 
 #include <array>
-#include <string_view>
+#include <cstddef>
 
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
@@ -16,10 +16,11 @@ constexpr int kReadFailed = 2;
 
 }  // namespace
 
-int drainPipe(PipeHandle readEnd, AString& output) {
+int drainPipe(PipeHandle readEnd, std::string& output) {
     CPipeCommunicator communicator(readEnd);
     std::array<char, kBufferSize> buffer;
-    while (interruption() == 0) {
+    for (;;) {
+        throwIfInterrupted();
         char smallBuffer = 0;
         int count = 0;
         if (communicator.Read(&smallBuffer, 1, count, false, 0, false) != 0) {
@@ -33,9 +34,8 @@ int drainPipe(PipeHandle readEnd, AString& output) {
             return kReadFailed;
         }
         VEL_ASSERT_AT("Norvik/PipeUtil", 51, receivedSize > 0);
-        output += std::string_view(buffer.data(), static_cast<std::size_t>(receivedSize));
+        output.append(buffer.data(), static_cast<std::size_t>(receivedSize));
     }
-    return 0;
 }
 
 }  // namespace tkcore

@@ -19,22 +19,26 @@ inline constexpr int kStillRunning = 259;
 /// looked up along PATH only, a relative path is taken from the caller's current directory. An
 /// argument wrapped in double quotes reaches the program without them; nothing else is changed.
 /// The program's input is empty, its two outputs go to the output end where captureOutput and
-/// captureErrors say so and are dropped otherwise; no other descriptor reaches it. It dies with
-/// us, together with everything it has started. Security attributes, creation flags, window and
-/// priority are there for systems that know them.
+/// captureErrors say so and are dropped otherwise; no other descriptor reaches it. If we die while
+/// it runs, it is ended with everything that it has started. Security attributes, creation flags,
+/// window and priority are there for systems that know them.
 int VeltCreateProcess(const AString& applicationName, const AString* argv, int argc,
                       ProcessHandle& process, const AString& workingDirectory,
                       const void* processSecurity, const void* threadSecurity, PipeHandle output,
                       unsigned creationFlags, bool showWindow, bool captureOutput,
                       bool captureErrors, int priority);
 
-/// Sets exitCode to kStillRunning, or once the program has ended (and every process that it left
-/// behind has been ended too) to its exit code, 128 + n if signal n ended it. Zero on failure.
+/// Sets exitCode to kStillRunning, or once the program has ended to its exit code, 128 + n if
+/// signal n ended it. Zero on failure. What a program that came to its own end has left behind
+/// runs on: others may share it.
 int VeltGetProcessExitCode(ProcessHandle process, int& exitCode);
 
-/// Ends the program and all its descendants, also those that changed their process group or
-/// session or have lost their parent, and returns when none is left. Does nothing to a program
-/// that has ended.
-void VeltTerminateProcessTree(ProcessHandle process);
+/// Asks the program and all its descendants to end, those too that changed their process group or
+/// session or have lost their parent; what is left of them after a second is ended for good. Does
+/// not wait, so that several trees end at the same time. Does nothing to a program that has ended.
+void requestProcessTreeEnd(ProcessHandle process) noexcept;
+
+/// The same, and returns when none is left.
+void VeltTerminateProcessTree(ProcessHandle process) noexcept;
 
 }  // namespace tkcore

@@ -1,35 +1,66 @@
 #include "tkcore/Process.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <deque>
-#include <optional>
+#include <iterator>
+#include <new>
+#include <span>
+#include <string>
+#include <vector>
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tkcore/ChildNews.h"
-#include "tkcore/ProcessKeeper.h"
-#include "tkcore/ProgramPath.h"
+#include "tkcore/Log.h"
+#include "tkcore/PipeEnd.posix.h"
+#include "tkcore/ProcessDescriptor.posix.h"
+#include "tkcore/ProcessKeeper.posix.h"
+#include "tkcore/ProcessTable.posix.h"
+#include "tkcore/ProgramPath.posix.h"
+#include "tkcore/StartedProcess.posix.h"
 
 namespace tkcore {
-
-struct StartedProcess final {
-    pid_t keeper = 0;
-    std::optional<int> exitCode;  // once the keeper has been reaped
-    int runningAt = -1;           // value of childNews() when the keeper was last asked after
-};
 
 namespace {
 
 /// The records behind all handles. A deque: handles stay good while it grows.
 std::deque<StartedProcess> startedProcesses;
 
-/// Children that were there before us: not ours to end.
-std::vector<pid_t> foreignChildren;
+/// A child that is not ours to end, with the session that what it starts is likely to be in.
+struct ForeignChild final {
+    pid_t process = 0;
+    pid_t session = 0;
+};
+std::vector<ForeignChild> foreignChildren;
+
+bool isForeign(pid_t child) {
+    const pid_t session = getsid(child);
+    return std::ranges::any_of(foreignChildren, [=](const ForeignChild& foreign) {
+        return foreign.process == child || foreign.session == session;
+    });
+}
+
+bool isKeeper(pid_t child) {
+    return std::ranges::any_of(startedProcesses, [=](const StartedProcess& process) {
+        return process.keeper == child && !process.exitCode;
+    });
+}
+
+using Children = std::array<pid_t, 512>;
+
+/// Children that were there before us, and what programs have left behind, which falls to us.
+void spareOtherChildren() {
+    Children children;
+    for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
+        if (!isKeeper(child)) {
+            foreignChildren.push_back({child, getsid(child)});
+        }
+    }
+}
 
 void prepareForChildren() {
     static bool prepared = false;
@@ -37,25 +68,41 @@ void prepareForChildren() {
         return;
     }
     prepared = true;
-    childNews();  // begins the count; the end of a child is never ignored from now on
-    foreignChildren = childrenOfThisProcess();
+    // Our caller may have switched it off, and then nobody could ask how a child has ended.
+    std::signal(SIGCHLD, SIG_DFL);
+    spareOtherChildren();
     // Should somebody kill a keeper, what it kept falls to us.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
+/// Ends what a keeper kept that was killed itself, and then the children of these as they fall to
+/// us, until none is left.
 void endOrphansOfKeepers() {
-    endChildren([](pid_t child) {
-        return std::ranges::find(foreignChildren, child) == foreignChildren.end() &&
-               std::ranges::none_of(startedProcesses, [child](const StartedProcess& process) {
-                   return process.keeper == child && !process.exitCode;
-               });
-    });
+    for (bool found = true; found;) {
+        found = false;
+        Children children;
+        for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
+            // A process that only its parent reaps keeps its number until then: the signal reaches
+            // the child that was meant.
+            if (!isKeeper(child) && !isForeign(child) && kill(child, SIGKILL) == 0) {
+                waitpid(child, nullptr, 0);
+                found = true;
+            }
+        }
+    }
 }
 
-void noteEnd(StartedProcess& process, int waitStatus) {
+void noteEnd(StartedProcess& process, int waitStatus) noexcept {
     process.exitCode = exitCodeOf(waitStatus);
-    if (WIFSIGNALED(waitStatus)) {
-        endOrphansOfKeepers();
+    process.keeperDescriptor.close();
+    try {
+        if (WIFSIGNALED(waitStatus)) {
+            endOrphansOfKeepers();
+        } else {
+            spareOtherChildren();
+        }
+    } catch (const std::bad_alloc&) {
+        VelDebug(0, "no memory to look for what program %d has left behind", process.keeper);
     }
 }
 
@@ -103,6 +150,10 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
     ProgramStart start;
     std::transform(argv, argv + argc, std::back_inserter(start.arguments),
                    [](const AString& argument) { return withoutQuotes(VEL_ANSI(argument)); });
+    for (std::string& argument : start.arguments) {
+        start.pointers.push_back(argument.data());
+    }
+    start.pointers.push_back(nullptr);
     const std::string name = applicationName.empty() && !start.arguments.empty()
                                  ? start.arguments.front()
                                  : VEL_ANSI(applicationName);
@@ -133,12 +184,12 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
     }
     process = &startedProcesses.emplace_back();
     process->keeper = keeper;
+    process->keeperDescriptor = FileDescriptor(pidfd_open(keeper, 0));
     return 0;
 }
 
 int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
-    if (const int news = childNews(); !process->exitCode && process->runningAt != news) {
-        process->runningAt = news;
+    if (!process->exitCode) {
         int status = 0;
         const pid_t ended = waitpid(process->keeper, &status, WNOHANG);
         if (ended < 0) {
@@ -152,12 +203,18 @@ int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
     return 1;
 }
 
-void VeltTerminateProcessTree(ProcessHandle process) {
+void requestProcessTreeEnd(ProcessHandle process) noexcept {
+    if (process != nullptr && !process->exitCode) {
+        kill(process->keeper, SIGTERM);
+        kill(process->keeper, SIGCONT);
+    }
+}
+
+void VeltTerminateProcessTree(ProcessHandle process) noexcept {
     if (process == nullptr || process->exitCode) {
         return;
     }
-    kill(process->keeper, SIGTERM);
-    kill(process->keeper, SIGCONT);
+    requestProcessTreeEnd(process);
     int status = 0;
     while (waitpid(process->keeper, &status, 0) < 0 && errno == EINTR) {
     }

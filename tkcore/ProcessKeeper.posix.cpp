@@ -1,18 +1,22 @@
-#include "tkcore/ProcessKeeper.h"
+#include "tkcore/ProcessKeeper.posix.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
+#include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <string_view>
-#include <system_error>
+#include <ctime>
+#include <optional>
+#include <span>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "tkcore/FileDescriptor.posix.h"
+#include "tkcore/ProcessDescriptor.posix.h"
+#include "tkcore/ProcessTable.posix.h"
 
 namespace tkcore {
 
@@ -23,41 +27,16 @@ constexpr int kFirstUnusedDescriptor = 4;
 constexpr int kKeeperFailed = 127;
 constexpr int kSignalBase = 128;
 
-/// The parent of a process, 0 if there is no such process.
-pid_t parentOf(std::string_view process) {
-    std::ifstream file("/proc/" + std::string(process) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    // The name in parentheses may hold anything, blanks and parentheses too.
-    const std::size_t nameEnd = line.rfind(')');
-    constexpr std::size_t kStateLength = 4;  // ") S "
-    pid_t parent = 0;
-    if (nameEnd != std::string::npos && nameEnd + kStateLength < line.size()) {
-        std::from_chars(line.data() + nameEnd + kStateLength, line.data() + line.size(), parent);
-    }
-    return parent;
-}
-
-bool haveChildren() {
-    siginfo_t info;
-    return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
-}
+/// For a program to give its licence back, or to end its job in a cluster.
+constexpr std::chrono::seconds kGrace{1};
 
 /// Ties this process to its parent; false if the parent is gone already.
-bool dieWith(pid_t parent, int signal) {
+bool dieWith(pid_t parent, int signal) noexcept {
     return prctl(PR_SET_PDEATHSIG, signal) == 0 && getppid() == parent;
 }
 
-void closeFrom(int first) {
-    if (close_range(static_cast<unsigned>(first), ~0U, 0) != 0) {
-        for (long descriptor = sysconf(_SC_OPEN_MAX); descriptor >= first; --descriptor) {
-            close(static_cast<int>(descriptor));
-        }
-    }
-}
-
 /// Leaves open what the program may have and the status descriptor, nothing else.
-bool arrangeDescriptors(const ProgramStart& start) {
+bool arrangeDescriptors(const ProgramStart& start) noexcept {
     const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (null < 0) {
         return false;
@@ -78,43 +57,44 @@ bool arrangeDescriptors(const ProgramStart& start) {
             return false;
         }
     }
-    closeFrom(kFirstUnusedDescriptor);
+    closefrom(kFirstUnusedDescriptor);
     return true;
 }
 
-void reportFailure(int descriptor, int error) {
+void reportFailure(int descriptor, int error) noexcept {
     // Nothing can be done where even this fails; the reader then sees a program that ended.
     [[maybe_unused]] const ssize_t written = write(descriptor, &error, sizeof error);
 }
 
-std::vector<char*> argumentPointers(const ProgramStart& start) {
-    std::vector<char*> pointers;
-    for (const std::string& argument : start.arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
+/// The program finds no handler of ours: what we handle it must not be handed, and what we switched
+/// off for ourselves is the system's own choice again.
+void resetSignals() noexcept {
+    for (int signal = 1; signal < NSIG; ++signal) {
+        struct sigaction action {};
+        const bool isOurs = signal == SIGPIPE || signal == SIGXFSZ || signal == SIGCHLD;
+        if (isOurs || (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)) {
+            std::signal(signal, SIG_DFL);
+        }
     }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 /// Runs in the keeper's memory: changes nothing there that the keeper looks at.
-[[noreturn]] void becomeProgram(const ProgramStart& start, char* const* arguments, pid_t keeper) {
+[[noreturn]] void becomeProgram(const ProgramStart& start, pid_t keeper) noexcept {
     if (dieWith(keeper, SIGKILL)) {
         if (chdir(start.workingDirectory.c_str()) != 0) {
             // "No such file" would be taken for a missing program.
             reportFailure(kStatusDescriptor, errno == ENOENT ? ENOTDIR : errno);
         } else {
-            std::signal(SIGPIPE, SIG_DFL);
-            std::signal(SIGXFSZ, SIG_DFL);
             pthread_sigmask(SIG_SETMASK, &start.signalMask, nullptr);
-            execv(start.program.c_str(), arguments);
+            execv(start.program.c_str(), start.pointers.data());
             reportFailure(kStatusDescriptor, errno);
         }
     }
     _exit(kKeeperFailed);
 }
 
-/// Waits until the program has ended or we are told to end it.
-int waitForProgram(pid_t program) {
+/// The program's exit code, or none if we are told to end it while it runs.
+std::optional<int> waitForProgram(pid_t program) noexcept {
     sigset_t awaited;
     sigemptyset(&awaited);
     sigaddset(&awaited, SIGCHLD);
@@ -127,58 +107,78 @@ int waitForProgram(pid_t program) {
             }
         }
         if (sigwaitinfo(&awaited, nullptr) == SIGTERM) {
-            return kSignalBase + SIGTERM;
+            return std::nullopt;
         }
     }
+}
+
+/// Asks every descendant to end. Only a descriptor makes sure that the one asked is the one found:
+/// a number may have come to mean another process.
+void askDescendantsToEnd() {
+    for (const auto& [process, parent] : descendantsOfThisProcess()) {
+        const FileDescriptor descriptor(pidfd_open(process, 0));
+        if (const pid_t now = parentOf(process); now == parent || now == getpid()) {
+            pidfd_send_signal(descriptor.get(), SIGTERM, nullptr, 0);
+            pidfd_send_signal(descriptor.get(), SIGCONT, nullptr, 0);  // it may be suspended
+        }
+    }
+}
+
+/// Reaps until no child is left, or the time is over.
+void waitForChildren(std::chrono::milliseconds grace) noexcept {
+    const auto deadline = std::chrono::steady_clock::now() + grace;
+    sigset_t childEnds;
+    sigemptyset(&childEnds);
+    sigaddset(&childEnds, SIGCHLD);
+    for (;;) {
+        pid_t ended = 0;
+        while ((ended = waitpid(-1, nullptr, WNOHANG)) > 0) {
+        }
+        const std::chrono::nanoseconds left = deadline - std::chrono::steady_clock::now();
+        if (ended < 0 || left.count() <= 0) {
+            return;
+        }
+        const timespec pause{0, std::min<long>(left.count(), 999'999'999)};
+        sigtimedwait(&childEnds, nullptr, &pause);
+    }
+}
+
+/// Kills what is left: each child and, as they fall to us, their children. Gives up on what may not
+/// be killed.
+void killDescendants() noexcept {
+    for (bool found = haveChildren(); found;) {
+        found = false;
+        std::array<pid_t, 256> children;
+        for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
+            if (kill(child, SIGKILL) == 0) {  // ours to reap: its number means nobody else
+                waitpid(child, nullptr, 0);
+                found = true;
+            }
+        }
+    }
+}
+
+void endDescendants() noexcept {
+    try {
+        askDescendantsToEnd();
+    } catch (...) {  // no memory for a list of them: they are not asked, then
+    }
+    waitForChildren(kGrace);
+    killDescendants();
 }
 
 }  // namespace
 
-std::vector<pid_t> childrenOfThisProcess() {
-    std::vector<pid_t> found;
-    if (!haveChildren()) {
-        return found;
-    }
-    const pid_t self = getpid();
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-        const std::string name = entry.path().filename();
-        pid_t process = 0;
-        const auto [end, failure] =
-            std::from_chars(name.data(), name.data() + name.size(), process);
-        if (failure == std::errc() && *end == '\0' && parentOf(name) == self) {
-            found.push_back(process);
-        }
-    }
-    return found;
-}
-
-int exitCodeOf(int waitStatus) {
+int exitCodeOf(int waitStatus) noexcept {
     return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
 }
 
-void endChildren(const std::function<bool(pid_t)>& picks) {
-    for (;;) {
-        // A process that only its parent reaps keeps its id until then: each signal reaches the
-        // child that was meant.
-        std::vector<pid_t> ending = childrenOfThisProcess();
-        std::erase_if(ending, [&](pid_t child) { return !picks(child) || kill(child, SIGKILL); });
-        if (ending.empty()) {
-            return;
-        }
-        for (const pid_t child : ending) {
-            waitpid(child, nullptr, 0);
-        }
-    }
-}
-
-void keepProgram(const ProgramStart& start) {
+void keepProgram(const ProgramStart& start) noexcept {
     // A group or session of its own keeps a signal meant for our whole group (the terminal's
     // interrupt, a batch system's kill) from ending the keeper before its work is done.
     setsid();
     prctl(PR_SET_NAME, "process-keeper");
-    std::signal(SIGCHLD, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    resetSignals();
     if (!dieWith(start.parent, SIGTERM)) {
         _exit(kKeeperFailed);
     }
@@ -186,23 +186,24 @@ void keepProgram(const ProgramStart& start) {
         reportFailure(start.statusDescriptor, errno);
         _exit(kKeeperFailed);
     }
-    const std::vector<char*> arguments = argumentPointers(start);
     const pid_t keeper = getpid();
     // A second copy of our memory, however short-lived, would take as long again as the first.
     // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.vfork)
     const pid_t program = vfork();
     if (program == 0) {
         // NOLINTNEXTLINE(clang-analyzer-unix.Vfork): system calls only
-        becomeProgram(start, arguments.data(), keeper);
+        becomeProgram(start, keeper);
     }
     if (program < 0) {
         reportFailure(kStatusDescriptor, errno);
         _exit(kKeeperFailed);
     }
-    closeFrom(STDIN_FILENO);
-    const int exitCode = waitForProgram(program);
-    endChildren([](pid_t) { return true; });
-    _exit(exitCode);
+    closefrom(STDIN_FILENO);
+    const std::optional<int> exitCode = waitForProgram(program);
+    if (!exitCode) {
+        endDescendants();
+    }
+    _exit(exitCode.value_or(kSignalBase + SIGTERM));
 }
 
 }  // namespace tkcore

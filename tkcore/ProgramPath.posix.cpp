@@ -1,22 +1,21 @@
-#include "tkcore/ProgramPath.h"
+#include "tkcore/ProgramPath.posix.h"
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
+#include <boost/filesystem.hpp>
 #include <unistd.h>
 
 namespace tkcore {
 
 namespace {
 
-namespace fs = std::filesystem;
+namespace fs = boost::filesystem;
 
 /// 0 if the file can be started, else the reason.
 int startError(const fs::path& file) {
-    std::error_code error;
+    boost::system::error_code error;
     const fs::file_status status = fs::status(file, error);
     if (error) {
         return error.value();
@@ -27,7 +26,7 @@ int startError(const fs::path& file) {
 }  // namespace
 
 int findProgram(const std::string& name, std::string& path) {
-    std::error_code error;
+    boost::system::error_code error;
     if (name.find('/') != std::string::npos) {
         path = fs::absolute(name, error).string();
         return error ? error.value() : startError(path);
@@ -41,7 +40,7 @@ int findProgram(const std::string& name, std::string& path) {
         if (directory.empty()) {
             continue;
         }
-        const fs::path candidate = fs::absolute(directory, error) / name;
+        const fs::path candidate = fs::absolute(std::string(directory), error) / name;
         if (startError(candidate) == 0) {
             path = candidate.string();
             return 0;

@@ -2,11 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
-
-#include "tkcore/FileDescriptor.h"
 
 namespace tkcore {
 
@@ -33,22 +32,16 @@ public:
     void commit();
 
 private:
-    void openFile();
-    void putInPlace();
-    /// Whether the unnamed file has been given the name; false if there is a file of that name.
-    bool linkUnnamed(const std::string& newName);
+    class Target;
+
     void flush();
-    void writeOut(const char* data, std::size_t size);
     void throwEarlierFailure() const;
-    [[noreturn]] void fail(int error, const char* action);
+    /// Does it with the target, and keeps the failure.
+    template <typename Action>
+    void perform(const Action& action);
 
     std::string path;
-    std::string name;           // in the folder, after the links have been followed
-    std::string temporaryName;  // empty while the file has no name that has to be removed
-    FileDescriptor folder;
-    FileDescriptor file;
-    std::uint32_t permissions = 0;
-    bool keepPermissions = false;  // those of an older file, whatever the umask
+    std::unique_ptr<Target> target;
     std::vector<char> buffer;
     std::uint64_t bufferOffset = 0;
     std::error_code failure;

@@ -61,6 +61,10 @@ AString MakeViewFileName(ViewType viewType, const AString& suffix) {
     return ViewTypeName(viewType) + suffix + ".txt";
 }
 
+AString MakeControlFileName(ViewType viewType, const AString& suffix) {
+    return "extracta_control_" + MakeViewFileName(viewType, suffix);
+}
+
 void CollectViewFiles(const ViewSet& views, const tkcore::LongFileName& directory,
                       std::vector<ActiveView>& out) {
     for (std::int32_t n = 0; n < views.GetCount(); ++n) {

@@ -28,8 +28,12 @@ void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out);
 bool WriteControlFile(std::ofstream& out, const ViewSet& views,
                       const std::vector<tkcore::AString>& nets);
 
-/// The bare name of a view's file.
+/// The bare name of a view's file, and that of the control file with its block alone.
 tkcore::AString MakeViewFileName(ViewType viewType, const tkcore::AString& suffix);
+tkcore::AString MakeControlFileName(ViewType viewType, const tkcore::AString& suffix);
+
+/// The bare name of the control file of several views.
+inline constexpr char kControlFileName[] = "extracta_control.txt";
 
 /// Appends the views of the set with their files in the directory, in the order of the blocks
 /// that WriteControlFile writes.

@@ -135,6 +135,21 @@ TEST_F(CellRun, keepsItsDirectoryForDebugging) {
     EXPECT_EQ(files().size(), 2U + 1U + 5U);
 }
 
+TEST_F(CellRun, keepsAllThatAFailedExtractorPrintedInFewBytes) {
+    writeFile(design, "");
+    environment["TKCORE_LOG"] = "0:" + (tools / "log").string();
+    useScript("printf 'a\\0b\\n'; yes 'ERROR: bad view' | head -c 60000000; exit 3\n");
+    const Outcome outcome = run({"-z", "-cell", "design.mcm", "out.vlx"});
+    EXPECT_EQ(outcome.errors, "view creation failed (1).\n");
+    const std::string log = readFile(tools / "log");
+    EXPECT_NE(log.find(std::string("exit code 3: a\0b\n", 17)), std::string::npos);
+    EXPECT_GT(log.size(), 60'000'000U);
+#ifndef __SANITIZE_ADDRESS__
+    const long before = run({"-z", "-cell", "missing.mcm", "out.vlx"}).peakMemory;
+    EXPECT_LE(outcome.peakMemory - before, 6 * 60'000'000L);
+#endif
+}
+
 TEST_F(CellRun, canBeExplainedFromALogOfTheWantedLevel) {
     writeFile(design, "");
     useScript("echo ERROR: bad view; exit 3\n");

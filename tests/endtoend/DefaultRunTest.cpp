@@ -168,15 +168,60 @@ TEST_F(DefaultRun, keepsNamesOfNetsOffTheLinesOfAControlFile) {
     EXPECT_EQ(files(), (std::set<std::string>{"design.mcm", "order", "out.vlx"}));
 }
 
+TEST_F(DefaultRun, leavesNamesTooLongForAFileToTheRemainder) {
+    // "extracta_control_conn0_" and "_CONDUCTOR_ETCH.txt" take 42 of the 255 bytes.
+    const std::string longest(213, 'L');
+    const std::string tooLong(214, 'T');
+    useSurvey({{tooLong, 9}, {longest, 8}, {"C", 3}, {"D", 2}, {"E", 1}});
+    environment["TKCORE_LOG"] = "0:-";
+    const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
+    ASSERT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the net \"" + tooLong + "\" is left"));
+    const Strings started = order();
+    EXPECT_EQ(started.size(), 10U + 12U + 1U);
+    EXPECT_EQ(started[10], "conn0_" + longest + "_CONDUCTOR_ETCH");
+    EXPECT_EQ(started[19], "conn3_E_CONDUCTOR_ETCH");
+}
+
 TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
     makeDesign();
     for (const char* fault : {"GND=empty-output", "GND=header-only", "remainder=empty-output"}) {
         environment["EXTRACTA_STANDIN_FAULT"] = fault;
-        EXPECT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0) << fault;
+        environment["TKCORE_LOG"] = "0:-";
+        const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
+        EXPECT_EQ(outcome.exitCode, 0) << fault;
+        EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the piece /")) << fault;
         const std::string conn = packed(directory / "out.vlx").at("conn.txt");
         EXPECT_EQ(conn.find("S!") == std::string::npos, false) << fault;
         if (std::string(fault) == "GND=empty-output") {
             EXPECT_EQ(conn.substr(0, 6), "\r\n\r\nS!");
+        }
+    }
+}
+
+TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
+    makeDesign();
+    const struct {
+        const char* fault;
+        const char* nets;
+        const char* warning;
+    } cases[] = {
+        {"layer=no-output", "GND", "warning: the view layer is doubtful: /"},
+        {"paddef=empty-output", "GND", "warning: the view paddef is doubtful: /"},
+        {"component=half-line", "GND", "warning: the view component is doubtful: /"},
+        {"outline=header-only", "GND", "warning: the view outline is doubtful: /"},
+        {"", "GND,NONE", "warning: the selected net \"NONE\" has no connectivity record"},
+        {"", "GND, VDD", "warning: the selected net \" VDD\" has a blank at an end of its name"},
+        {"", "GND", ""},
+    };
+    for (const auto& [fault, nets, warning] : cases) {
+        environment["EXTRACTA_STANDIN_FAULT"] = fault;
+        environment["TKCORE_LOG"] = "0:-";
+        const Outcome outcome = run({"-z", "-n", nets, "design.mcm", "out.vlx"});
+        EXPECT_EQ(outcome.exitCode, 0) << fault;
+        EXPECT_THAT(outcome.errors, testing::HasSubstr(warning)) << fault;
+        if (std::string(warning).empty()) {
+            EXPECT_EQ(outcome.errors, "");
         }
     }
 }

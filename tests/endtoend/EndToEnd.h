@@ -36,9 +36,14 @@ protected:
 
     /// The program sees a machine on which so many processes may run at once.
     void limitProcesses(int limit) {
-        environment["LD_PRELOAD"] = HARDWARE_THREADS;
+        failCalls("HARDWARE_THREADS", std::to_string(2 * limit + 1));
+    }
+
+    /// A call of the system gives the program another answer; see SystemCalls.cpp.
+    void failCalls(const char* which, const std::string& how) {
+        environment["LD_PRELOAD"] = SYSTEM_CALLS;
         environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
-        environment["HARDWARE_THREADS"] = std::to_string(2 * limit + 1);
+        environment[which] = how;
     }
 
     /// Extracta is a script instead; $design, $control and $first are the paths it is given.

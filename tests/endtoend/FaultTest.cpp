@@ -65,8 +65,8 @@ std::vector<Fault::Row> Fault::rows() {
     const auto extractor = [](const fs::path& path) {
         return [=](Fault& fault) { fault.environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = path; };
     };
-    // A limit on the size of a file stands for the full disk. It holds for the log as well, but
-    // not for extracta, so that the views are whole.
+    // A limit on the size of a file stands for the full disk. It holds for the log as well, unless
+    // that is standard error, but not for extracta, so that the views are whole.
     const auto mostInAFile = [](rlim_t size) {
         return [=](Fault& fault) {
             fault.useScript("ulimit -S -f unlimited\n" + goOn());
@@ -85,6 +85,19 @@ std::vector<Fault::Row> Fault::rows() {
             fs::permissions(fault.directory / name, fs::perms(mode));
         };
     };
+    const auto link = [](const char* target, const char* name) {
+        return [=](Fault& fault) { fs::create_symlink(target, fault.directory / name); };
+    };
+    // The design is called otherwise.
+    const auto designAt = [](const char* name) {
+        return [=](Fault& fault) {
+            fs::create_directory(fault.directory / "out");
+            fs::rename(fault.design, fault.directory / name);
+        };
+    };
+    const auto readFails = [](const char* file) {
+        return [=](Fault& fault) { fault.failCalls("READ_FAILS", file); };
+    };
     const auto folderLost = [](Fault& fault) {
         fs::create_directory(fault.directory / "out");
         fault.useScript("rm -r \"${design%/*}/out\"; " + goOn());
@@ -97,6 +110,12 @@ std::vector<Fault::Row> Fault::rows() {
         };
     };
     const auto fifo = [](Fault& fault) { mkfifo((fault.directory / "fifo").c_str(), 0600); };
+    const auto writesFifo = [](const char* view) {
+        return [=](Fault& fault) {
+            fault.useScript(std::string("case $first in *") + view + "*) mkfifo \"$first\";; *) " +
+                            goOn() + ";; esac\n");
+        };
+    };
     const auto packedTo = [](const std::string& path) {
         return Strings{"-z", "-cell", "design.mcm", path};
     };
@@ -105,7 +124,9 @@ std::vector<Fault::Row> Fault::rows() {
         return Strings{"-z", "-cell", "-add", path, "design.mcm", "out.vlx"};
     };
     const char* noDirectory = "error: Could not create working directory at \"/";
-    const char* notOpen = "open archive failed";
+    const char* notOpen = "error: cannot create ";
+    const char* notReplaced = "error: cannot replace ";
+    const char* isDesign = "error: a design is never replaced";
     const char* uncaught = "uncaught exception: ";
     constexpr int kAbort = 128 + SIGABRT;
     return {
@@ -114,7 +135,7 @@ std::vector<Fault::Row> Fault::rows() {
         {"killed", kCell, "exit code 137", standin("=kill:9")},
         {"beforeTheSurvey", kDefault, "exit code 3: bad view", standin("layer=exit:3:bad view")},
         {"inTheSurvey", kDefault, "exit code 4: late", standin("connnets=late-exit:4:late")},
-        {"afterTheSurvey", kDefault, "Extracta conn2", standin("conn2=exit:5:")},
+        {"afterTheSurvey", kDefault, "error: extraction of conn2", standin("conn2=exit:5:")},
         {"killedInTheRemainder", kDefault, "exit code 139", standin("remainder=kill:11")},
         {"whileOthersHang", kDefault, "exit code 7",
          standinBesideOthers("layer=hang;paddef=hang;fullgeo=sleep:300;fullgeo=exit:7:")},
@@ -131,6 +152,17 @@ std::vector<Fault::Row> Fault::rows() {
         {"shortRow", kDefault, " is too short for its NET_NAME column",
          survey("A!X!NET_NAME!\\r\\nJ!x!\\r\\nS!GND\\r\\n")},
         {"noPiece", kDefault, "MP failed to open file /", standin("conn1=no-output")},
+        // ... or what cannot be read.
+        {"surveyReadError", kDefault, "Could not open file: ", readFails("/connnets.txt")},
+        {"pieceReadError", kDefault, "CONDUCTOR_ETCH.txt: Input/output error",
+         readFails("/conn0_GND_CONDUCTOR_ETCH.txt")},
+        {"viewReadError", kDefault, "layer.txt: Input/output error", readFails("/layer.txt"), 1,
+         kNotPacked},
+        {"surveyIsAFifo", kDefault, "which is neither a file nor a directory",
+         writesFifo("connnets")},
+        {"pieceIsAFifo", kDefault, "MP failed to open file /", writesFifo("conn1")},
+        {"viewIsAFifo", kDefault, "which is neither a file nor a directory", writesFifo("layer"), 1,
+         kNotPacked},
         // There is no extractor.
         {"noProgramOfThatName", kDefault, "error 2: Could not find application no-such.exe",
          [=](Fault& fault) {
@@ -140,7 +172,8 @@ std::vector<Fault::Row> Fault::rows() {
          }},
         {"noProgramAtThatPath", kCell, "error 2: Could not find application ./no",
          extractor("./no")},
-        {"notExecutable", kDefault, "error 13: Permission denied", extractor("./design.mcm")},
+        {"notExecutable", kDefault, "error: cannot start ./design.mcm: Permission denied",
+         extractor("./design.mcm")},
         {"aDirectoryToStart", kCell, "error 13: Permission denied", extractor("/proc")},
         // There is no working directory.
         {"baseNotWritable", movedTo("closed"), noDirectory, folder("closed", 0555)},
@@ -157,8 +190,8 @@ std::vector<Fault::Row> Fault::rows() {
         // There is no room.
         {"diskFullInControlFile", kCell, "", mostInAFile(100)},
         {"diskFullInControlFiles", kDefault, "", mostInAFile(100)},
-        {"diskFullInMerge", kDefault, " to combined connectivity file", mostInAFile(190'000)},
-        {"diskFullInArchive", kCell, "error with boost", mostInAFile(30'000), 1, kNotPacked},
+        {"diskFullInMerge", kDefault, "conn.txt: File too large", mostInAFile(190'000)},
+        {"diskFullInArchive", kCell, "out.vlx: File too large", mostInAFile(30'000), 1, kNotPacked},
 #ifndef __SANITIZE_ADDRESS__  // the sanitizers' check of types opens a pipe, and needs it
         {"fewDescriptors6", kDefault, "", mostDescriptors(6)},
         {"fewDescriptors8", kDefault, "", mostDescriptors(8)},
@@ -172,14 +205,39 @@ std::vector<Fault::Row> Fault::rows() {
         {"archiveInALostFolder", packedTo("out/lost"), notOpen, folderLost, 1, kNotPacked, "out/"},
         {"archiveIsADirectory", packedTo("folder"), "!fs::is_directory(outpath)", folder("folder"),
          1, kNotPacked},
-        {"archiveIsAFifo", packedTo("fifo"), notOpen, fifo, 1, kNotPacked},
-        {"archiveIsReadOnly", packedTo("file"), notOpen, file("file", 0444), 1, kNotPacked},
+        {"archiveIsAFifo", packedTo("fifo"), notReplaced, fifo, 1, kNotPacked},
+        {"archiveIsReadOnly", packedTo("file"), notReplaced, file("file", 0444), 1, kNotPacked},
         {"archiveOfTooLongAName", packedTo(std::string(300, 'n')), notOpen, nothing, 1, kNotPacked},
         {"movedToNoFolder", movedTo("no"), ": fs::is_directory(outpath)", nothing, 1, kNotPacked},
-        {"movedToAFile", movedTo("file"), "moveActiveViews", file("file"), 1, kNotPacked},
+        {"movedToAFile", movedTo("file"), "error: boost::filesystem::rename: Not a directory",
+         file("file"), 1, kNotPacked},
+        {"movedToNothing", movedTo(""), "error: the output path is empty", file("layer.txt"), 1,
+         kNotPacked},
+        // The output is a design.
+        {"archiveIsTheDesign", packedTo("design.mcm"), isDesign, nothing, 1, kNotPacked},
+        {"archiveLinksToTheDesign", packedTo("link"), isDesign, link("./design.mcm", "link"), 1,
+         kNotPacked},
+        {"archiveIsAnotherDesign", packedTo("other.McM"), isDesign, file("other.McM"), 1,
+         kNotPacked},
+        {"archiveLinksToAnotherDesign", packedTo("link"), isDesign,
+         [=](Fault& fault) {
+             file("other.mcm")(fault);
+             link("other.mcm", "link")(fault);
+         },
+         1, kNotPacked},
+        {"movedOntoTheDesign", Strings{"-cell", "out/layer.txt", "out"}, isDesign,
+         designAt("out/layer.txt"), 1, kNotPacked},
+        {"movedOntoAnotherDesign", Strings{"-cell", "-add", "mine/x.mcm", "out/d", "out"}, isDesign,
+         [=](Fault& fault) {
+             designAt("out/d")(fault);
+             file("mine/x.mcm")(fault);
+             writeFile(fault.directory / "out/x.mcm", "another design");
+         },
+         1, kNotPacked},
         // An added file that is there but cannot be copied ends the program abnormally, without
         // any clean-up: the working directory stays to be looked at.
         {"addedFileMissing", withFile("no/notes"), "", nothing, 0, "", "out.vlx"},
+        {"addedFileIsAFifo", withFile("fifo"), uncaught, fifo, kAbort, "", "extract"},
         {"addedFileIsADirectory", withFile("mine"), uncaught, file("x"), kAbort, "", "extract"},
         {"addedFileUnreadable", withFile("x"), uncaught, file("x", 0), kAbort, "", "extract"},
         {"addedFileNamedLikeAView", withFile("mine/layer.txt"), uncaught, file("mine/layer.txt"),

@@ -42,7 +42,7 @@ TEST(NetRanking, RefusesASurveyItCannotCount) {
     };
     for (const auto& [text, message] : cases) {
         EXPECT_THAT([survey = text] { rank(survey); },
-                    testing::ThrowsMessage<ExtractaParserException>(message));
+                    testing::ThrowsMessage<tkcore::ExtractaParserException>(message));
     }
 }
 

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <sstream>
@@ -7,7 +8,7 @@
 #include "process/ExtractaViewGenerator.h"
 #include "support/Processes.h"
 #include "support/TemporaryDirectory.h"
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
 
 using namespace velextracta;
 using tkcore::AString;
@@ -40,7 +41,7 @@ protected:
     std::string failureOf(const std::function<void()>& operation) {
         try {
             operation();
-        } catch (const ExtractaParserException& exception) {
+        } catch (const tkcore::ExtractaParserException& exception) {
             return exception.what();
         }
         return "no failure";
@@ -80,16 +81,28 @@ std::ptrdiff_t openDescriptors() {
 }
 
 TEST_F(ViewGenerator, keepsHundredsQueuedWithoutDescriptors) {
-    const std::ptrdiff_t before = openDescriptors();
     useExtracta("exit 0\n");
     ExtractaViewGenerator::maxConcurrentExtractas = 2;
-    for (int n = 0; n < 600; ++n) {
+    start("0");
+    start("1");
+    const std::ptrdiff_t beforeTheQueue = openDescriptors();
+    for (int n = 2; n < 600; ++n) {
         start(AString(std::to_string(n)));
     }
+    EXPECT_EQ(openDescriptors(), beforeTheQueue);
     for (const auto& generator : generators) {
         generator->waitForViewFile();
     }
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_LT(openDescriptors(), beforeTheQueue);
+}
+
+TEST_F(ViewGenerator, noticesAnEndWhoseSignalIsLost) {
+    useExtracta("sleep 0.05\n");
+    start("1");
+    for (const int signal : {SIGCHLD, SIGIO}) {
+        std::signal(signal, SIG_DFL);
+    }
+    generators.front()->waitForViewFile();
 }
 
 TEST_F(ViewGenerator, endsItsProcessWhenDropped) {

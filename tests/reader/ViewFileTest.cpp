@@ -71,8 +71,8 @@ TEST(ViewFileReader, NamesAFileThatCannotBeRead) {
     ExtractaViewData data;
     for (const auto& path : {directory.path(), directory / "absent.txt"}) {
         EXPECT_THAT([&] { readViewFile(path.string(), data); },
-                    testing::ThrowsMessage<ExtractaParserException>("Could not open file: " +
-                                                                    path.string()));
+                    testing::ThrowsMessage<tkcore::ExtractaParserException>(
+                        "Could not open file: " + path.string()));
     }
 }
 

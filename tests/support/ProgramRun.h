@@ -28,6 +28,7 @@ struct Outcome final {
     int exitCode = 0;  // 128 + n if signal n ended the program
     std::string output;
     std::string errors;
+    long peakMemory = 0;  // bytes
 };
 
 /// A started program; killed with its owner.
@@ -51,9 +52,11 @@ public:
 
     Outcome wait() {
         int status = 0;
-        waitpid(std::exchange(process, 0), &status, 0);
+        rusage usage{};
+        wait4(std::exchange(process, 0), &status, 0, &usage);
         return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-                readFile(streams / "output"), readFile(streams / "errors")};
+                readFile(streams / "output"), readFile(streams / "errors"),
+                usage.ru_maxrss * 1024};
     }
 
 private:

@@ -4,7 +4,7 @@
 
 #include "reader/ViewFile.h"
 #include "support/TemporaryDirectory.h"
-#include "views/ExtractaParserException.h"
+#include "tkcore/ExtractaParserException.h"
 
 namespace velextracta {
 
@@ -16,7 +16,7 @@ inline std::string readText(const std::string& text, ExtractaViewData& data) {
     try {
         readViewFile(path, data);
         return {};
-    } catch (const ExtractaParserException& failure) {
+    } catch (const tkcore::ExtractaParserException& failure) {
         std::string message = failure.what();
         const auto place = message.find(path);
         return place == std::string::npos ? message : message.replace(place, path.size(), "FILE");

@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <list>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include <fcntl.h>
@@ -10,47 +13,39 @@
 
 #include "support/Processes.h"
 #include "support/TemporaryDirectory.h"
-#include "tkcore/PipeUtil.h"
-#include "tkcore/Process.h"
-#include "tkcore/System.h"
+#include "tkcore/ChildProgram.h"
+#include "tkcore/ChildWatch.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using tkcore::AString;
+using tkcore::ChildProgram;
+using tkcore::LongFileName;
 
 class Process : public testing::Test {
 protected:
-    int start(std::vector<AString> argv) {
-        pipe.CreatePipe();
-        return tkcore::VeltCreateProcess("", argv.data(), static_cast<int>(argv.size()), handle,
-                                         directory.path().string(), nullptr, nullptr,
-                                         pipe.writeHandle(), 0, false, true, true, 0);
+    int start(const std::vector<AString>& argv) {
+        return child.emplace().start(argv, LongFileName(directory.path().string()));
     }
 
     int startScript(const std::string& body) {
         return start({AString(writeScript(directory / "program", body).string())});
     }
 
-    int exitCode() {
-        int code = 0;
-        EXPECT_NE(tkcore::VeltGetProcessExitCode(handle, code), 0);
-        return code;
-    }
-
     int waitForEnd() {
-        while (exitCode() == tkcore::kStillRunning) {
-            tkcore::drainPipe(pipe.readHandle(), output);
-            tkcore::sleepMilliseconds(1);
+        tkcore::ChildWatch watch;
+        watch.add(*child);
+        while (child->look() == ChildProgram::State::kRunning) {
+            watch.wait();
         }
-        tkcore::drainPipe(pipe.readHandle(), output);
-        return exitCode();
+        watch.remove(*child);
+        EXPECT_EQ(child->look(), ChildProgram::State::kEnded);
+        return child->exitCode();
     }
 
     const TemporaryDirectory directory;
-    tkcore::CPipe pipe;
-    tkcore::ProcessHandle handle = nullptr;
-    AString output;
+    std::optional<ChildProgram> child;
 };
 
 TEST_F(Process, hasItsArgumentsUnsplitAndWithoutTheQuotesAroundThem) {
@@ -60,8 +55,8 @@ TEST_F(Process, hasItsArgumentsUnsplitAndWithoutTheQuotesAroundThem) {
                      "say \"it\"", "\"a\"b\"", "", "$HOME *", "\xff"}),
               0);
     EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(VEL_ANSI(output), "[-k][/a b/c.mcm][\"][say \"it\"][a\"b][][$HOME *][\xff]" +
-                                    directory.path().string() + "\n");
+    EXPECT_EQ(child->output(), "[-k][/a b/c.mcm][\"][say \"it\"][a\"b][][$HOME *][\xff]" +
+                                   directory.path().string() + "\n");
 }
 
 TEST_F(Process, hasEmptyInputAndNoOtherDescriptor) {
@@ -72,7 +67,7 @@ TEST_F(Process, hasEmptyInputAndNoOtherDescriptor) {
     ASSERT_EQ(start({"ls", "/proc/self/fd"}), 0);
     EXPECT_EQ(waitForEnd(), 0);
     close(leak);
-    EXPECT_EQ(VEL_ANSI(output), "0\n1\n2\n3\n");  // 3: the directory that is listed
+    EXPECT_EQ(child->output(), "0\n1\n2\n3\n");  // 3: the directory that is listed
 }
 
 TEST_F(Process, reportsHowItEnded) {
@@ -84,7 +79,6 @@ TEST_F(Process, reportsHowItEnded) {
     for (const auto& [body, code] : cases) {
         ASSERT_EQ(startScript(body), 0);
         EXPECT_EQ(waitForEnd(), code) << body;
-        EXPECT_EQ(exitCode(), code) << body;
     }
 }
 
@@ -100,7 +94,7 @@ TEST_F(Process, isLookedUpAlongPathOnly) {
            1);
     EXPECT_EQ(start({"tool"}), 0);
     EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(output, "found\n");
+    EXPECT_EQ(child->output(), "found\n");
     const fs::path before = fs::current_path();
     fs::current_path(directory.path());
     EXPECT_EQ(start({"here"}), ENOENT);
@@ -124,7 +118,7 @@ TEST_F(Process, thatCannotStartGivesTheSystemsErrorCode) {
 TEST_F(Process, thatFloodsItsOutputIsReadWhole) {
     ASSERT_EQ(startScript("head -c 5000000 /dev/zero | tr '\\0' x\n"), 0);
     EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(output.wide(), std::wstring(5'000'000, L'x'));
+    EXPECT_EQ(child->output(), std::string(5'000'000, 'x'));
 }
 
 /// A program with a child in another session, and a grandchild that has lost its parent.
@@ -151,21 +145,102 @@ protected:
     std::vector<pid_t> tree;
 };
 
-TEST_F(ProcessTree, isGoneWhenTerminated) {
+TEST_F(ProcessTree, isGoneWhenDropped) {
     ASSERT_EQ(startTree("sleep 1000\n"), 0);
     readTree();
-    tkcore::VeltTerminateProcessTree(handle);
+    child.reset();
     EXPECT_FALSE(anyRuns());
-    EXPECT_NE(exitCode(), tkcore::kStillRunning);
-    tkcore::VeltTerminateProcessTree(handle);
 }
 
-TEST_F(ProcessTree, isGoneOnceTheProgramHasEnded) {
+TEST_F(ProcessTree, leavesAloneWhatAProgramLeftBehindThatCameToItsOwnEnd) {
     ASSERT_EQ(startTree("while [ ! -e end ]; do sleep 0.01; done; exit 5\n"), 0);
     readTree();
     writeFile(directory / "end", "");
     EXPECT_EQ(waitForEnd(), 5);
-    EXPECT_FALSE(anyRuns());
+    child.reset();
+    // Nor does the end of another tree's keeper, whose orphans fall to us as well, touch it.
+    ASSERT_EQ(startScript("sleep 1000 & echo $PPID > keeper; echo $! > other; wait\n"), 0);
+    const pid_t other = readProcessId(directory / "other");
+    kill(readProcessId(directory / "keeper"), SIGKILL);
+    EXPECT_EQ(waitForEnd(), 137);
+    EXPECT_FALSE(isRunning(other));
+    EXPECT_FALSE(isRunning(tree[0]));
+    for (const pid_t leftBehind : {tree[1], tree[2]}) {
+        EXPECT_TRUE(isRunning(leftBehind));
+        kill(leftBehind, SIGKILL);
+    }
+}
+
+class AskedTree : public ProcessTree {
+protected:
+    /// A script that notes that it runs, and that it has been asked to end; then it does as told.
+    AString writeAsked(const std::string& name, const std::string& then) const {
+        const std::string body = "exec >/dev/null 2>&1; trap 'echo > asked.$$; " + then +
+                                 "' TERM; echo > ready.$$; while :; do sleep 0.01; done\n";
+        return AString(writeScript(directory / name, body).string());
+    }
+
+    /// The processes that have noted something.
+    std::vector<pid_t> noted(const std::string& what) const {
+        std::vector<pid_t> found;
+        for (const auto& entry : fs::directory_iterator(directory.path())) {
+            if (entry.path().stem() == what) {
+                found.push_back(std::stoi(entry.path().extension().string().substr(1)));
+            }
+        }
+        return found;
+    }
+
+    void awaitAll(const std::string& what, std::size_t count) {
+        ASSERT_TRUE(eventually([&] { return noted(what).size() == count; })) << what;
+    }
+};
+
+TEST_F(AskedTree, isAskedToEndBeforeItIsKilled) {
+    writeAsked("polite", "exit 0");
+    writeAsked("stubborn", ":");
+    const auto tellApart = [this](bool weAreKilled) {
+        const pid_t parent = weAreKilled ? fork() : 0;
+        if (parent == 0) {
+            ASSERT_EQ(startScript("setsid ./stubborn & ./polite & exec ./polite\n"), 0);
+        }
+        if (weAreKilled && parent == 0) {
+            pause();
+        }
+        awaitAll("ready", 3);
+        kill(noted("ready").front(), SIGSTOP);  // one that is suspended is woken up
+        if (weAreKilled) {
+            kill(parent, SIGKILL);
+            waitpid(parent, nullptr, 0);
+        } else {
+            child.reset();
+        }
+        awaitAll("asked", 3);
+        for (const pid_t process : noted("ready")) {
+            EXPECT_TRUE(eventually([=] { return !isRunning(process); }));
+            fs::remove(directory / ("ready." + std::to_string(process)));
+            fs::remove(directory / ("asked." + std::to_string(process)));
+        }
+    };
+    tellApart(false);
+    tellApart(true);
+}
+
+TEST_F(AskedTree, isAskedToEndAtTheSameTimeAsOthers) {
+    // Each waits for the others to be asked; asked one after the other it would be killed before.
+    const AString meets = writeAsked(
+        "meets", "until [ $(ls asked.* | wc -l) = 3 ]; do sleep 0.01; done; echo > met.$$; exit");
+    std::list<ChildProgram> programs;
+    for (int n = 0; n < 3; ++n) {
+        ASSERT_EQ(programs.emplace_back().start({meets}, LongFileName(directory.path().string())),
+                  0);
+    }
+    awaitAll("ready", 3);
+    for (const ChildProgram& program : programs) {
+        program.requestEnd();
+    }
+    programs.clear();
+    EXPECT_EQ(noted("met").size(), 3U);
 }
 
 TEST_F(ProcessTree, diesWithUsEvenWhenWeAreKilled) {

@@ -2,7 +2,7 @@
 
 #include <boost/filesystem.hpp>
 
-namespace velextracta {
+namespace tkcore {
 
 /// Whether the path leads to anything. One that cannot be looked at (too long a name, a closed
 /// folder) does not: what is done with it next then fails, and is told.
@@ -17,4 +17,17 @@ inline bool isDirectory(const boost::filesystem::path& path) {
     return boost::filesystem::is_directory(path, error);
 }
 
-}  // namespace velextracta
+/// Whether both paths lead to one file, through whatever links and spellings.
+inline bool isSameFile(const boost::filesystem::path& left, const boost::filesystem::path& right) {
+    boost::system::error_code error;
+    return boost::filesystem::equivalent(left, right, error) && !error;
+}
+
+/// Whether the path, or a name in it, is longer than the system can take.
+inline bool isTooLong(const boost::filesystem::path& path) {
+    boost::system::error_code error;
+    boost::filesystem::symlink_status(path, error);
+    return error == boost::system::errc::filename_too_long;
+}
+
+}  // namespace tkcore

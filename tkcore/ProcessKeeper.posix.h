@@ -1,13 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include <signal.h>
 #include <sys/types.h>
 
-// POSIX only: what Process.posix.cpp builds on.
+// What Process.posix.cpp builds on.
 
 namespace tkcore {
 
@@ -15,6 +14,7 @@ namespace tkcore {
 struct ProgramStart final {
     std::string program;                 // absolute path
     std::vector<std::string> arguments;  // argv, the program's name first
+    std::vector<char*> pointers;         // to the arguments, as the system wants them
     std::string workingDirectory;
     int outputDescriptor = -1;
     int errorDescriptor = -1;   // -1 for either: dropped
@@ -23,22 +23,17 @@ struct ProgramStart final {
     sigset_t signalMask{};  // the program's own
 };
 
-/// Runs as the keeper of one program, in a process just forked for it; never returns.
+/// Runs as the keeper of one program, in a process just forked for it; never returns, in no way:
+/// an exception would unwind the frames of the process it was forked from.
 ///
 /// The keeper stands between us and the program because descendants that lose their parent fall
-/// to it, whatever session they have moved to: so it can tell when none is left. When the program
-/// has ended, when it is told to (SIGTERM), or when we die, it ends all of them; it then exits
-/// with the program's exit code.
-[[noreturn]] void keepProgram(const ProgramStart& start);
-
-/// The direct children of this process, those included that have fallen to it.
-std::vector<pid_t> childrenOfThisProcess();
-
-/// Ends every child of this process that the predicate picks, and then their children as these
-/// fall to us, until none is left.
-void endChildren(const std::function<bool(pid_t)>& picks);
+/// to it, whatever session they have moved to: so it can reach all of them and tell when none is
+/// left. When it is told to (SIGTERM), or when we die, it asks them to end and ends what is left
+/// after a second. When the program has come to its own end, it exits with the program's exit code
+/// and leaves alone what the program has left behind.
+[[noreturn]] void keepProgram(const ProgramStart& start) noexcept;
 
 /// The exit code for a status that waitpid() gave.
-int exitCodeOf(int waitStatus);
+int exitCodeOf(int waitStatus) noexcept;
 
 }  // namespace tkcore

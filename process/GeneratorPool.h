@@ -1,0 +1,47 @@
+#pragma once
+
+#include <deque>
+
+#include "tkcore/ChildWatch.h"
+#include "views/RunObserver.h"
+
+namespace velextracta {
+
+class ExtractaViewGenerator;
+
+/// Lets at most ExtractaViewGenerator::maxConcurrentExtractas generators have a running extracta;
+/// the others wait for their turn, first in, first out.
+///
+/// There is one, and the generators alone use it. It looks at generators that others own; each
+/// leaves it when it is destroyed. It moves on only when it is polled.
+class GeneratorPool final {
+public:
+    void startOrQueue(ExtractaViewGenerator& generator);
+    [[nodiscard]] bool isQueued(const ExtractaViewGenerator& generator) const;
+    void leave(ExtractaViewGenerator& generator) noexcept;
+
+    /// One scheduling pass: reaps the children that have ended, then starts queued generators
+    /// while there is room.
+    void pollProcesses();
+
+    /// Pauses until there is news of a child, for a millisecond at most.
+    void wait();
+
+    /// Whom to tell from now on; must outlive its use.
+    void reportTo(RunObserver& newObserver) { currentObserver = &newObserver; }
+    [[nodiscard]] RunObserver& observer() const noexcept { return *currentObserver; }
+
+    /// Asks every running child to end, all at the same time.
+    void requestEnd() const noexcept;
+
+private:
+    bool hasRoom() const;
+    void start(ExtractaViewGenerator& generator);
+
+    std::deque<ExtractaViewGenerator*> waitingGenerators;
+    std::deque<ExtractaViewGenerator*> runningGenerators;
+    tkcore::ChildWatch watch;
+    RunObserver* currentObserver = &nobody();
+};
+
+}  // namespace velextracta

@@ -1,0 +1,60 @@
+// Loaded before the program, makes calls of the system fail that a test names in the environment.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <dlfcn.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t kBytesBeforeFailure = 100;
+
+/// Whether the path behind the descriptor ends in what READ_FAILS says.
+bool shallFail(int descriptor) {
+    const char* ending = std::getenv("READ_FAILS");
+    if (ending == nullptr) {
+        return false;
+    }
+    char path[4096];
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const ssize_t length = readlink(link.c_str(), path, sizeof path);
+    return length > 0 && std::string_view(path, static_cast<std::size_t>(length)).ends_with(ending);
+}
+
+}  // namespace
+
+/// A disk that can be read at the beginning of the file only.
+extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
+    static const auto systemRead = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+    if (!shallFail(descriptor)) {
+        return systemRead(descriptor, buffer, size);
+    }
+    if (lseek(descriptor, 0, SEEK_CUR) != 0) {
+        errno = EIO;
+        return -1;
+    }
+    return systemRead(descriptor, buffer, std::min(size, kBytesBeforeFailure));
+}
+
+#ifndef WITH_SANITIZERS  // they have a malloc of their own
+
+extern "C" void* __libc_malloc(std::size_t size);
+
+/// With KEEPER_WITHOUT_MEMORY a process that keeps a program has none left.
+extern "C" void* malloc(std::size_t size) {
+    static const bool fails = std::getenv("KEEPER_WITHOUT_MEMORY") != nullptr;
+    char name[16] = "";
+    if (fails && prctl(PR_GET_NAME, name) == 0 && std::strcmp(name, "process-keeper") == 0) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    return __libc_malloc(size);
+}
+
+#endif

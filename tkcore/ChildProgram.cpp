@@ -1,0 +1,39 @@
+#include "tkcore/ChildProgram.h"
+
+#include "tkcore/PipeUtil.h"
+
+namespace tkcore {
+
+int ChildProgram::start(const std::vector<AString>& argv, const LongFileName& workingDirectory) {
+    pipe.CreatePipe();  // a failure shows in the start, which needs it
+    return VeltCreateProcess(AString(), argv.data(), static_cast<int>(argv.size()), handle,
+                             workingDirectory.FilePath(), nullptr, nullptr, pipe.writeHandle(), 0,
+                             false, true, true, 0);
+}
+
+ChildProgram::State ChildProgram::look() {
+    if (handle == nullptr) {
+        return State::kNone;
+    }
+    if (!hasNews) {
+        return State::kRunning;
+    }
+    drainPipe(pipe.readHandle(), printed);
+    if (VeltGetProcessExitCode(handle, code) == 0) {
+        return State::kUnknown;
+    }
+    if (code == kStillRunning) {
+        hasNews = !watched;
+        return State::kRunning;
+    }
+    // What it printed between the first look and its end.
+    drainPipe(pipe.readHandle(), printed);
+    return State::kEnded;
+}
+
+void ChildProgram::forget() noexcept {
+    handle = nullptr;
+    pipe.Close();
+}
+
+}  // namespace tkcore

@@ -1,0 +1,84 @@
+#include "tkcore/ChildWatch.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <vector>
+
+#include <sys/epoll.h>
+
+#include "tkcore/ChildProgram.h"
+#include "tkcore/FileDescriptor.posix.h"
+#include "tkcore/PipeEnd.posix.h"
+#include "tkcore/StartedProcess.posix.h"
+#include "tkcore/System.h"
+
+namespace tkcore {
+
+namespace {
+
+constexpr int kPassMilliseconds = 1;
+
+}  // namespace
+
+struct ChildWatch::System final {
+    bool watch(const FileDescriptor& descriptor, ChildProgram& child) const {
+        epoll_event event{};
+        event.events = EPOLLIN;
+        event.data.ptr = &child;
+        return descriptor && epoll_ctl(queue.get(), EPOLL_CTL_ADD, descriptor.get(), &event) == 0;
+    }
+
+    /// Said explicitly: a copy of the descriptor in a keeper that is just being made would keep a
+    /// closed one in the queue.
+    void unwatch(const FileDescriptor& descriptor) const {
+        if (descriptor) {
+            epoll_ctl(queue.get(), EPOLL_CTL_DEL, descriptor.get(), nullptr);
+        }
+    }
+
+    FileDescriptor queue;  // of the kernel; made when it is first needed
+    std::vector<ChildProgram*> children;
+};
+
+ChildWatch::ChildWatch() : system(std::make_unique<System>()) {}
+
+ChildWatch::~ChildWatch() = default;
+
+void ChildWatch::add(ChildProgram& child) {
+    if (!system->queue) {
+        system->queue = FileDescriptor(epoll_create1(EPOLL_CLOEXEC));
+    }
+    system->children.push_back(&child);
+    child.watched = system->watch(child.handle->keeperDescriptor, child) &&
+                    system->watch(child.pipe.readHandle()->descriptor, child);
+}
+
+void ChildWatch::remove(ChildProgram& child) noexcept {
+    if (std::erase(system->children, &child) == 0) {
+        return;
+    }
+    system->unwatch(child.handle->keeperDescriptor);
+    system->unwatch(child.pipe.readHandle()->descriptor);
+    child.watched = false;
+    child.hasNews = true;
+}
+
+void ChildWatch::wait() noexcept {
+    std::array<epoll_event, 64> events;  // those that do not fit are told at the next wait
+    const int count = epoll_wait(system->queue.get(), events.data(),
+                                 static_cast<int>(events.size()), kPassMilliseconds);
+    for (int n = 0; n < count; ++n) {
+        auto* const child =
+            static_cast<ChildProgram*>(events[static_cast<std::size_t>(n)].data.ptr);
+        if (std::ranges::find(system->children, child) != system->children.end()) {
+            child->hasNews = true;
+        }
+    }
+    if (count < 0 && errno != EINTR) {
+        sleepMilliseconds(kPassMilliseconds);
+        std::ranges::for_each(system->children, [](auto* child) { child->hasNews = true; });
+    }
+}
+
+}  // namespace tkcore

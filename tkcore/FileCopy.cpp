@@ -1,0 +1,29 @@
+#include "tkcore/FileCopy.h"
+
+#include <cstddef>
+#include <system_error>
+#include <vector>
+
+#include "tkcore/InputFile.h"
+#include "tkcore/Interruption.h"
+#include "tkcore/OutputFile.h"
+
+namespace tkcore {
+
+void copyToNewFile(const std::string& source, const std::string& target) {
+    constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+    InputFile input(source);
+    if (input.isDirectory()) {
+        throw std::system_error(std::make_error_code(std::errc::is_a_directory),
+                                "cannot copy " + source);
+    }
+    OutputFile output(target, OutputFile::IfThere::kFail, input.permissions());
+    std::vector<char> buffer(kBufferSize);
+    for (std::size_t count = buffer.size(); count == buffer.size();) {
+        throwIfInterrupted();
+        count = input.read(buffer.data(), buffer.size());
+        output.write({buffer.data(), count});
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace tkcore {
+
+/// A file that is written from its start to its end, each write at once. Every failure is a
+/// std::system_error that names the path; what was written by then stays.
+class OutputFile final {
+public:
+    enum class IfThere { kFail, kTruncate };
+
+    static constexpr std::uint32_t kUsualPermissions = 0666;
+
+    /// The permissions are those of a new file, less what the system is told to take off.
+    OutputFile(const std::string& filePath, IfThere ifThere,
+               std::uint32_t permissions = kUsualPermissions);
+    ~OutputFile();
+    OutputFile(OutputFile&&) noexcept;
+
+    void write(std::span<const char> bytes);
+
+private:
+    struct OpenFile;
+
+    std::string path;
+    std::unique_ptr<OpenFile> file;
+};
+
+}  // namespace tkcore

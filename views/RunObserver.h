@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tkcore/AString.h"
+
+namespace velextracta {
+
+/// Is told what happens in a run while it happens. The front end owns it and hands it to the
+/// executor; whoever reports knows nothing of what becomes of it. This one takes no notice.
+class RunObserver {
+public:
+    RunObserver() = default;
+    virtual ~RunObserver() = default;
+    RunObserver(const RunObserver&) = delete;
+    RunObserver& operator=(const RunObserver&) = delete;
+
+    /// An extraction, by the name of its view file without ".txt"; it writes the file at the path.
+    virtual void extractionQueued(const tkcore::AString& /*name*/) {}
+    virtual void extractionStarted(const tkcore::AString& /*name*/,
+                                   const tkcore::AString& /*path*/) {}
+    virtual void extractionFinished(const tkcore::AString& /*name*/) {}
+
+    /// Time passes, with nothing else to tell; called about every millisecond.
+    virtual void waiting() {}
+
+    /// So many of all bytes of the connectivity pieces are merged, of all files packed.
+    virtual void merged(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
+    virtual void packed(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
+
+    /// Something that casts a doubt on the success of the run.
+    virtual void warned(const tkcore::AString& /*text*/) {}
+};
+
+/// For those who are given none.
+inline RunObserver& nobody() {
+    static RunObserver observer;
+    return observer;
+}
+
+}  // namespace velextracta

@@ -5,23 +5,36 @@
 #include <fstream>
 #include <string>
 
+#include "archive/CZipArchive.h"
+#include "executor/Packaging.h"
 #include "executor/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
 #include "tkcore/Assertion.h"
 #include "tkcore/ExtractaParserException.h"
+#include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 #include "tkcore/System.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
 
 using tkcore::AString;
+using tkcore::isDirectory;
 using tkcore::LongFileName;
 using tkcore::VEL_ANSI;
 
 namespace {
 
+namespace fs = boost::filesystem;
+
 constexpr char kSource[] = "ExtractaExecutor";
+constexpr unsigned long kReadBufferSize = 65536;
+
+/// The reason behind an assertion that only tells where a packaging failed.
+void logReason(const std::exception& exception) {
+    tkcore::writeLog(0, "error: ", exception.what());
+}
 
 }  // namespace
 
@@ -96,6 +109,62 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
         warnAboutFile(observer, view);
     }
     activeViews.insert(activeViews.begin(), created.begin(), created.end());
+    return true;
+}
+
+bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
+    if (!tkcore::LFN_IsExistingDirectory(workingDirectory())) {
+        return false;
+    }
+    const fs::path workingpath(VEL_ANSI(workingDirectory().FilePath()));
+    VEL_ASSERT(kSource, fs::is_directory(workingpath));
+    try {
+        copyFiles(files, workingpath);
+    } catch (const tkcore::Interrupted&) {
+        return false;  // which nobody looks at: the packaging behind it fails for the same reason
+    }
+    return true;
+}
+
+bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& extension) {
+    const fs::path outpath(VEL_ANSI(outputPath));
+    VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
+    CZipArchive archive;
+    try {
+        refuseDesign(outpath, design);
+        archive.Open(outpath.string(), CZipArchive::kCreate, 0);
+    } catch (const std::exception& exception) {
+        logReason(exception);
+        VEL_ASSERT(kSource, !"open archive failed");
+        return false;
+    }
+    try {
+        for (const fs::path& entry :
+             entriesWithExtension(VEL_ANSI(workingDirectory().FilePath()), extension)) {
+            archive.AddNewFile(entry.string(), CZipArchive::kDefaultLevel, true,
+                               CZipArchive::kSafeSmartness, kReadBufferSize);
+        }
+        // Inside the guarded block: a disk may fill up as late as here.
+        archive.Close(0, false);
+    } catch (const std::exception& exception) {
+        logReason(exception);
+        VEL_ASSERT(kSource, !"ExtractaExecutor::zipActiveViews, error with boost::filesystem");
+        return false;
+    }
+    return true;
+}
+
+bool ExtractaExecutor::moveActiveViews(const AString& outputPath, const AString& extension) {
+    const fs::path outpath(VEL_ANSI(outputPath));
+    VEL_ASSERT_TEXT(kSource, "fs::is_directory(outpath)", isDirectory(outpath));
+    try {
+        moveEntries(entriesWithExtension(VEL_ANSI(workingDirectory().FilePath()), extension),
+                    outpath, design);
+    } catch (const fs::filesystem_error& error) {
+        logReason(error);
+        VEL_ASSERT(kSource, !"ExtractaExecutor::moveActiveViews, error with boost::filesystem");
+        return false;
+    }
     return true;
 }
 

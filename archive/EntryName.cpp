@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <boost/locale/utf.hpp>
+#include "tkcore/CodePage.h"
 
 namespace velextracta {
 
@@ -18,16 +18,6 @@ bool isLetter(char character) {
 bool startsWithDrive(std::string_view path) {
     return path.size() >= 3 && isLetter(path[0]) && path[1] == ':' &&
            (path[2] == kSeparator || path[2] == '\\');
-}
-
-bool isUtf8(std::string_view text) {
-    for (const char* position = text.begin(); position != text.end();) {
-        const auto character = boost::locale::utf::utf_traits<char>::decode(position, text.end());
-        if (!boost::locale::utf::is_valid_codepoint(character)) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace
@@ -57,7 +47,7 @@ bool needsUtf8Mark(std::string_view name) {
     const bool isAscii = std::all_of(name.begin(), name.end(), [](char character) {
         return static_cast<unsigned char>(character) < 0x80;
     });
-    return !isAscii && isUtf8(name);
+    return !isAscii && tkcore::isValidNarrow(name);
 }
 
 }  // namespace velextracta

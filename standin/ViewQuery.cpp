@@ -89,8 +89,7 @@ ViewQuery::ViewQuery(const Database& design, const ViewBlock& block)
 
 ViewQuery::ViewQuery(const Database& design, const ViewBlock& block,
                      const std::vector<std::string>& columns)
-    : keyword(block.keyword),
-      fields(block.fields.empty() ? columns : block.fields),
+    : fields(block.fields.empty() ? columns : block.fields),
       statement(design, querySql(block, columns)) {
     int position = 0;
     for (const ConditionGroup& group : block.alternatives) {

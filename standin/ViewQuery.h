@@ -28,7 +28,6 @@ private:
     ViewQuery(const Database& design, const ViewBlock& block,
               const std::vector<std::string>& columns);
 
-    std::string keyword;
     std::vector<std::string> fields;
     Statement statement;
 };

@@ -14,6 +14,9 @@ std::wstring widen(std::string_view narrowText);
 /// Appends the wide form to a text.
 void appendWide(std::string_view narrowText, std::wstring& wideText);
 
+/// Whether the text holds nothing but valid characters of the code page.
+bool isValidNarrow(std::string_view narrowText);
+
 /// Narrow form of a wide text; the inverse of widen() for everything that widen() made.
 std::string narrow(std::wstring_view wideText);
 

@@ -52,6 +52,15 @@ void appendWide(std::string_view narrowText, std::wstring& wideText) {
     }
 }
 
+bool isValidNarrow(std::string_view narrowText) {
+    for (const char* position = narrowText.begin(); position != narrowText.end();) {
+        if (!boost::locale::utf::is_valid_codepoint(Utf8::decode(position, narrowText.end()))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string narrow(std::wstring_view wideText) {
     std::string narrowText;
     narrowText.reserve(wideText.size());

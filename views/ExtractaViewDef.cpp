@@ -13,8 +13,7 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-/// A longer list would make a request that extracta is not given: the view is then not
-/// restricted at all.
+/// Of more nets than this a view is not restricted at all: extracta is given no longer lists.
 constexpr std::size_t kMostFilteredNets = 11;
 
 void append(std::vector<std::string>& list, std::span<const std::string_view> texts) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <iostream>
 #include <map>
 #include <set>
 #include <string>
@@ -26,6 +27,14 @@ protected:
         ASSERT_EQ(made.exitCode, 0) << made.errors;
     }
 
+    void SetUp() override { environment["TKCORE_LOG"] = "1:" + (tools / "log").string(); }
+
+    void TearDown() override {
+        if (HasFailure()) {
+            std::cout << "the program's log:\n" << readFile(tools / "log") << '\n';
+        }
+    }
+
     Command command(const Strings& arguments) const {
         Command result{{VELEXTRACTA}, environment, directory.path(), limits};
         result.arguments.insert(result.arguments.end(), arguments.begin(), arguments.end());
@@ -35,9 +44,7 @@ protected:
     Outcome run(const Strings& arguments) const { return runProgram(command(arguments)); }
 
     /// The program sees a machine on which so many processes may run at once.
-    void limitProcesses(int limit) {
-        failCalls("HARDWARE_THREADS", std::to_string(2 * limit + 1));
-    }
+    void limitProcesses(int limit) { failCalls("HARDWARE_THREADS", std::to_string(2 * limit + 1)); }
 
     /// A call of the system gives the program another answer; see SystemCalls.cpp.
     void failCalls(const char* which, const std::string& how) {

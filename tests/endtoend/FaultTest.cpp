@@ -33,8 +33,8 @@ public:
 
 protected:
     void SetUp() override {
+        EndToEnd::SetUp();
         makeDesign();
-        environment["TKCORE_LOG"] = "1:" + (tools / "log").string();
     }
 
     void takeRunNames(const std::function<void(const fs::path&)>& take) {
@@ -164,6 +164,8 @@ std::vector<Fault::Row> Fault::rows() {
         {"viewIsAFifo", kDefault, "which is neither a file nor a directory", writesFifo("layer"), 1,
          kNotPacked},
         // There is no extractor.
+        {"noKeeper", kCell, "error: cannot start ",
+         [](Fault& fault) { fault.failCalls("KEEPER_FAILS", ""); }},
         {"noProgramOfThatName", kDefault, "error 2: Could not find application no-such.exe",
          [=](Fault& fault) {
              folder("closed", 0444)(fault);  // what cannot be looked into holds no program
@@ -191,6 +193,14 @@ std::vector<Fault::Row> Fault::rows() {
         {"diskFullInControlFile", kCell, "", mostInAFile(100)},
         {"diskFullInControlFiles", kDefault, "", mostInAFile(100)},
         {"diskFullInMerge", kDefault, "conn.txt: File too large", mostInAFile(190'000)},
+        {"diskFullInAHiddenArchive", kCell, "out.vlx: File too large",
+         [=](Fault& fault) {
+             mostInAFile(30'000)(fault);
+             fault.failCalls("NO_UNNAMED_FILES", "");
+         },
+         1, kNotPacked},
+        {"noUnnamedFiles", kCell, "", [](Fault& fault) { fault.failCalls("NO_UNNAMED_FILES", ""); },
+         0, "", "out.vlx"},
         {"diskFullInArchive", kCell, "out.vlx: File too large", mostInAFile(30'000), 1, kNotPacked},
 #ifndef __SANITIZE_ADDRESS__  // the sanitizers' check of types opens a pipe, and needs it
         {"fewDescriptors6", kDefault, "", mostDescriptors(6)},
@@ -277,7 +287,7 @@ TEST_P(FaultMatrix, isToldAndLeavesNothing) {
 INSTANTIATE_TEST_SUITE_P(Run, FaultMatrix, testing::ValuesIn(Fault::rows()),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(Fault, ofTheArgumentsShowsBeforeAnythingIsMade) {
+TEST_F(Fault, showsInTheArgumentsBeforeAnythingIsMade) {
     const std::regex missing("mcm file does not exist: 0x[0-9a-f]+\n");
     const auto before = files();
     for (const std::string& path : Strings{"no.mcm", "no/no.mcm", "", std::string(5000, 'x')}) {
@@ -294,7 +304,7 @@ TEST_F(Fault, ofTheArgumentsShowsBeforeAnythingIsMade) {
     EXPECT_EQ(files(), before);
 }
 
-TEST_F(Fault, ofTwoRunsInOneSecondNeverMixesTheirFiles) {
+TEST_F(Fault, neverMixesTheFilesOfTwoRunsInOneSecond) {
     for (int round = 0; round < 5; ++round) {
         ProgramRun first(command({"-z", "-cell", "design.mcm", "first.vlx"}));
         ProgramRun second(command({"-z", "-cell", "design.mcm", "second.vlx"}));

@@ -9,9 +9,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class Signals : public EndToEnd {
+class Signal : public EndToEnd {
 protected:
     void SetUp() override {
+        EndToEnd::SetUp();
         makeDesign();
         writeFile(directory / "out.vlx", "an older archive");
         before = files();
@@ -25,7 +26,7 @@ protected:
     std::set<std::string> before;
 };
 
-TEST_F(Signals, atAnyMomentEndTheRunCleanly) {
+TEST_F(Signal, endsTheRunCleanlyAtAnyMoment) {
     constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
     std::mt19937 random(20);
     // Until well behind the end of a run of this design; the loaded machine decides how far.
@@ -60,7 +61,7 @@ TEST_F(Signals, atAnyMomentEndTheRunCleanly) {
     EXPECT_GE(interrupted, 20);
 }
 
-TEST_F(Signals, endEveryDescendantOfAHangingChild) {
+TEST_F(Signal, endsEveryDescendantOfAHangingChild) {
     environment["EXTRACTA_STANDIN_FAULT"] = "paddef=hang";
     environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -75,7 +76,7 @@ TEST_F(Signals, endEveryDescendantOfAHangingChild) {
     }
 }
 
-TEST_F(Signals, thatKillTheProgramKillItsChildrenToo) {
+TEST_F(Signal, killsTheChildrenTogetherWithTheProgram) {
     environment["EXTRACTA_STANDIN_FAULT"] = "layer=hang";
     environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
     ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
@@ -88,7 +89,7 @@ TEST_F(Signals, thatKillTheProgramKillItsChildrenToo) {
 }
 
 #ifndef __SANITIZE_ADDRESS__  // which has memory of its own
-TEST_F(Signals, endEverythingThoughAKeeperHasNoMemoryLeft) {
+TEST_F(Signal, endsEverythingThoughAKeeperHasNoMemoryLeft) {
     failCalls("KEEPER_WITHOUT_MEMORY", "");
     environment["EXTRACTA_STANDIN_FAULT"] = "layer=hang";
     environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
@@ -101,14 +102,14 @@ TEST_F(Signals, endEverythingThoughAKeeperHasNoMemoryLeft) {
 }
 #endif
 
-TEST_F(Signals, ofChildrenThatTheCallerIgnoresHideNoEnd) {
+TEST_F(Signal, hidesNoEndOfAChildWhereTheCallerIgnoresThose) {
     std::signal(SIGCHLD, SIG_IGN);
     ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
     std::signal(SIGCHLD, SIG_DFL);
     EXPECT_EQ(program.wait().exitCode, 0);
 }
 
-TEST_F(Signals, thatTheCallerIgnoresStayIgnored) {
+TEST_F(Signal, staysIgnoredWhereTheCallerIgnoresIt) {
     environment["EXTRACTA_STANDIN_FAULT"] = "layer=sleep:300";
     environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
     std::signal(SIGHUP, SIG_IGN);

@@ -19,22 +19,22 @@ Ranking rank(const std::string& text) {
     return ranking;
 }
 
-TEST(NetRanking, PutsMoreRecordsFirstAndOfEquallyManyTheGreaterName) {
+TEST(NetRanking, putsMoreRecordsFirstAndOfEquallyManyTheGreaterName) {
     EXPECT_EQ(rank("A!NET_NAME!\r\nJ!\r\nS!A!\r\nS!b!\r\nS!GND!\r\nS!\xe4!\r\nS!GND!\r\nS!!\r\n"
                    "S!AB!\r\n"),
               (Ranking{{2, "GND"}, {1, "\xe4"}, {1, "b"}, {1, "AB"}, {1, "A"}, {1, ""}}));
 }
 
-TEST(NetRanking, CountsInTheColumnTheHeaderNames) {
+TEST(NetRanking, countsInTheColumnTheHeaderNames) {
     EXPECT_EQ(rank("A!LAYER!NET_NAME\r\nJ!\r\nS!TOP!GND\r\nS!BOTTOM!GND!more\r\n"),
               (Ranking{{2, "GND"}}));
 }
 
-TEST(NetRanking, IsEmptyWithoutRecords) {
+TEST(NetRanking, isEmptyWithoutRecords) {
     EXPECT_EQ(rank("A!NET_NAME!\r\nJ!\r\n"), Ranking{});
 }
 
-TEST(NetRanking, RefusesASurveyItCannotCount) {
+TEST(NetRanking, refusesASurveyItCannotCount) {
     const std::vector<std::pair<const char*, const char*>> cases = {
         {"A!LAYER!\r\nJ!\r\n", "nets.txt has no NET_NAME column"},
         {"A!LAYER!NET_NAME\r\nJ!\r\nS!TOP!GND\r\nS!TOP\r\n",

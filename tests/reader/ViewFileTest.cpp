@@ -58,7 +58,7 @@ const std::vector<FileCase> kFiles = {
      "FILE parsing failed to parse whole file after successfully parsing the first 2 S records"},
 };
 
-TEST(ViewFileReader, TakesEveryByteOfAFileAsTheFormatSays) {
+TEST(ViewFileReader, takesEveryByteOfAFileAsTheFormatSays) {
     for (const FileCase& file : kFiles) {
         ExtractaViewData data;
         const std::string failure = readText(file.text, data);
@@ -66,7 +66,7 @@ TEST(ViewFileReader, TakesEveryByteOfAFileAsTheFormatSays) {
     }
 }
 
-TEST(ViewFileReader, NamesAFileThatCannotBeRead) {
+TEST(ViewFileReader, namesAFileThatCannotBeRead) {
     const TemporaryDirectory directory;
     ExtractaViewData data;
     for (const auto& path : {directory.path(), directory / "absent.txt"}) {
@@ -76,7 +76,7 @@ TEST(ViewFileReader, NamesAFileThatCannotBeRead) {
     }
 }
 
-TEST(ViewFileReader, GivesEachColumnTheCountOfColumnsSoFar) {
+TEST(ViewFileReader, givesEachColumnTheCountOfColumnsSoFar) {
     ExtractaViewData data;
     ASSERT_EQ(readText("A!A!B!A!C!\r\nJ!\r\n", data), "");
     ASSERT_EQ(readText("A!D\r\nJ!\r\n", data), "");
@@ -87,7 +87,7 @@ TEST(ViewFileReader, GivesEachColumnTheCountOfColumnsSoFar) {
     }
 }
 
-TEST(ViewFileReader, RefusesATableThatHasRecordsAndLeavesItAsItWas) {
+TEST(ViewFileReader, refusesATableThatHasRecordsAndLeavesItAsItWas) {
     ExtractaViewData data;
     ASSERT_EQ(readText("A!a\r\nJ!b\r\nS!c\r\n", data), "");
     EXPECT_EQ(readText("A!new\r\nJ!d\r\nS!e\r\n", data),

@@ -24,7 +24,7 @@ std::string complaintAbout(const std::string& text) {
     return "accepted";
 }
 
-TEST(ControlFile, ItKeepsAlternativesConditionsAndFieldsApart) {
+TEST(ControlFile, keepsAlternativesConditionsAndFieldsApart) {
     const auto blocks = parseControlFile(
         withCrLf("PAD_DEF\n\n\t\nEND\n\n"
                  "NET\n\n\tA = 'x'\n\t\n\tOR\n\tB = 'y'\n\tC = 'z'\n\n\tD\n\tE\n\nEND\n\n"
@@ -45,7 +45,7 @@ struct MalformedCase {
     const char* complaint;
 };
 
-TEST(ControlFile, ItNamesTheLineThatIsMalformed) {
+TEST(ControlFile, namesTheLineThatIsMalformed) {
     constexpr MalformedCase kCases[] = {
         {"", "line 1: the file holds no view block"},
         {"net\n\n\tA\n\nEND\n\n", "line 1: expected a view keyword"},

@@ -14,7 +14,7 @@ protected:
         writeControlFile("NET\n\n\tNET_NAME\n\nEND\n\n");
     }
 
-    // The S records, the header and the J record left out.
+    /// The S records, the header and the J record left out.
     std::string records() const {
         const std::string text = read("out.txt");
         return text.substr(text.find("\r\n", text.find("\r\n") + 2) + 2);
@@ -27,7 +27,7 @@ struct QueryCase {
     const char* records;
 };
 
-TEST_F(ExtractaStandin, ItWritesTheRecordsThatPassTheFilters) {
+TEST_F(ExtractaStandin, writesTheRecordsThatPassTheFilters) {
     constexpr QueryCase kCases[] = {
         {"", "\tCLASS\n", "S!PIN!\r\nS!VIA CLASS!\r\nS!ETCH!\r\nS!ETCH!\r\nS!!\r\n"},
         {"\tCLASS = VIA CLASS\n\n", "\tNET_NAME\n", "S!A'B!\r\n"},
@@ -50,14 +50,14 @@ TEST_F(ExtractaStandin, ItWritesTheRecordsThatPassTheFilters) {
     }
 }
 
-TEST_F(ExtractaStandin, ItPutsHeaderAndJRecordFirst) {
+TEST_F(ExtractaStandin, putsHeaderAndJRecordFirst) {
     executeSql("CREATE TABLE design (value TEXT); INSERT INTO design VALUES ('microns')");
     ASSERT_EQ(extract().exitCode, 0);
     EXPECT_TRUE(read("out.txt").starts_with("A!NET_NAME!\r\nJ!" + at("design.mcm") +
                                             "!microns!\r\nS!GND!\r\n"));
 }
 
-TEST_F(ExtractaStandin, ItRefusesWhatTheDesignLacksBeforeItWritesAnything) {
+TEST_F(ExtractaStandin, refusesWhatTheDesignLacksBeforeItWritesAnything) {
     const std::string good = "NET\n\n\tNET_NAME\n\nEND\n\n";
     const std::pair<const char*, const char*> cases[] = {
         {"LAYER\n\n\t\nEND\n\n", "line 7: the design has no view LAYER"},
@@ -74,7 +74,7 @@ TEST_F(ExtractaStandin, ItRefusesWhatTheDesignLacksBeforeItWritesAnything) {
     }
 }
 
-TEST_F(ExtractaStandin, ItSaysWhichFileItCannotUse) {
+TEST_F(ExtractaStandin, saysWhichFileItCannotUse) {
     expectFailure(extract({"no/such/out.txt"}), "cannot open the output file");
     expectFailure(extract({"/dev/full"}), "/dev/full: cannot write the output file");
     expectFailure(extract({"design.mcm"}), "is an input and an output at once");

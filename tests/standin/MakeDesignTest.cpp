@@ -13,7 +13,7 @@ protected:
         ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     }
 
-    // Counts of one field's values, as extracta-standin tells them.
+    /// Counts of one field's values, as extracta-standin tells them.
     std::map<std::string, int> countBy(const std::string& view, const std::string& field) const {
         writeControlFile(view + "\n\n\t" + field + "\n\nEND\n\n");
         EXPECT_EQ(extract().exitCode, 0);
@@ -28,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(MakeDesign, ItWritesTheSameDesignForTheSameSeedOnly) {
+TEST_F(MakeDesign, writesTheSameDesignForTheSameSeedOnly) {
     make({"--records", "500"});
     const std::string first = read("design.mcm");
     make({"--records", "500", "--seed", "1", "--nets", "200"});
@@ -37,7 +37,7 @@ TEST_F(MakeDesign, ItWritesTheSameDesignForTheSameSeedOnly) {
     EXPECT_FALSE(read("design.mcm") == first);
 }
 
-TEST_F(MakeDesign, ItGivesMostRecordsToAFewNets) {
+TEST_F(MakeDesign, givesMostRecordsToAFewNets) {
     make({"--records", "5000"});
     auto nets = countBy("CONNECTIVITY", "NET_NAME");
     EXPECT_GT(nets[""], 0);
@@ -46,7 +46,7 @@ TEST_F(MakeDesign, ItGivesMostRecordsToAFewNets) {
     EXPECT_EQ(countBy("NET", "NET_NAME").size(), 200U);
 }
 
-TEST_F(MakeDesign, ItRefusesBadOptionsAndLeavesNothing) {
+TEST_F(MakeDesign, refusesBadOptionsAndLeavesNothing) {
     const std::string file = at("sub/design.mcm");
     std::filesystem::create_directory(at("sub"));
     const std::pair<std::vector<std::string>, const char*> cases[] = {

@@ -10,13 +10,13 @@
 #include "support/ProgramRun.h"
 #include "support/TemporaryDirectory.h"
 
-// A fresh directory with the two programs beside it.
+/// A fresh directory with the two programs beside it.
 class Sandbox : public testing::Test {
 protected:
     std::string at(const std::string& name) const { return directory / name; }
     std::string read(const std::string& name) const { return readFile(at(name)); }
 
-    // The text is written with CR LF line ends.
+    /// The text is written with CR LF line ends.
     void writeControlFile(const std::string& text) const {
         std::string bytes;
         for (const char character : text) {
@@ -46,7 +46,7 @@ protected:
         return runProgram({options, {}, {}, {}});
     }
 
-    // Failures are told in a single line, with exit code 1.
+    /// Failures are told in a single line, with exit code 1.
     static void expectFailure(const Outcome& outcome, const std::string& fragment) {
         const std::string printed = outcome.output + outcome.errors;
         EXPECT_EQ(outcome.exitCode, 1);

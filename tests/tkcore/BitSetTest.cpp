@@ -19,7 +19,7 @@ std::uint32_t nthSetBitByCounting(std::uint32_t value, std::uint32_t n) {
     return 0xFFFFFFFF;
 }
 
-TEST(BitUtilities, findTheNthSetBit) {
+TEST(BitUtilities, findsTheNthSetBit) {
     std::mt19937 random(1);
     for (int trial = 0; trial < 20'000; ++trial) {
         const std::uint32_t value = random() & random();

@@ -103,7 +103,7 @@ TEST_F(Process, isLookedUpAlongPathOnly) {
     setenv("PATH", oldPath.c_str(), 1);
 }
 
-TEST_F(Process, thatCannotStartGivesTheSystemsErrorCode) {
+TEST_F(Process, givesTheSystemsErrorCodeWhereItCannotStart) {
     writeFile(directory / "text", "no program");
     writeFile(directory / "no-format", "neither script nor binary");
     fs::permissions(directory / "no-format", fs::perms::all);
@@ -115,7 +115,7 @@ TEST_F(Process, thatCannotStartGivesTheSystemsErrorCode) {
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a keeper is left";
 }
 
-TEST_F(Process, thatFloodsItsOutputIsReadWhole) {
+TEST_F(Process, isReadWholeThoughItFloodsItsOutput) {
     ASSERT_EQ(startScript("head -c 5000000 /dev/zero | tr '\\0' x\n"), 0);
     EXPECT_EQ(waitForEnd(), 0);
     EXPECT_EQ(child->output(), std::string(5'000'000, 'x'));

@@ -22,7 +22,7 @@ ViewSet only(ViewType viewType) {
     return ViewSet(std::uint64_t{1} << static_cast<int>(viewType));
 }
 
-TEST(ControlFile, ofEachSelectionIsTheOneThatExtractaIsUsedTo) {
+TEST(ControlFile, isForEachSelectionTheOneThatExtractaIsUsedTo) {
     const std::filesystem::path data = TEST_DATA;
     EXPECT_EQ(controlFile(kStandardViews, {}), readFile(data / "standard-views.control"));
     EXPECT_EQ(controlFile(kCellViews, {}), readFile(data / "cell-views.control"));
@@ -58,7 +58,7 @@ TEST(ControlFile, isEmptyForNoViewsAndRefusedWithoutAnOpenFile) {
     EXPECT_FALSE(WriteControlFile(closed, kStandardViews, {}));
 }
 
-TEST(ViewFiles, areNamedByTypeAndSuffixInTheOrderOfTheBlocks) {
+TEST(ViewFile, isNamedByTypeAndSuffixInTheOrderOfTheBlocks) {
     EXPECT_EQ(MakeViewFileName(ViewType::conn, "nets"), "connnets.txt");
     std::vector<ActiveView> files;
     CollectViewFiles(kCellViews, tkcore::LongFileName(AString("/run/")), files);

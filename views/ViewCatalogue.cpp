@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <vector>
 
 namespace velextracta {
 
@@ -208,44 +210,75 @@ constexpr std::array<Text, 5> kLogicalPinFields{
     "REFDES_SORT", "REFDES", "FUNC_DES", "PIN_NUMBER", "PIN_PINUSE",
 };
 
-// The class alternatives of conn are not here: they are written without quotes, and only on
-// demand.
+// In the order of the values. The class alternatives of conn are not here: they are written without
+// quotes, and only on demand.
 constexpr std::array<ViewCatalogueEntry, kViewTypeCount> kCatalogue{{
-    {ViewType::layer, "LAYER", {}, {}, kLayerFields, {}},
-    {ViewType::paddef, "PAD_DEF", {}, {}, {}, {}},
+    {ViewType::layer, "layer", "LAYER", {}, {}, kLayerFields, {}},
+    {ViewType::paddef, "paddef", "PAD_DEF", {}, {}, {}, {}},
     {ViewType::fullgeo,
+     "fullgeo",
      "FULL_GEOMETRY",
      kGeometryConditions,
      {},
      kCellGeometryFields,
      kFullGeometryFields},
     {ViewType::conn,
+     "conn",
      "CONNECTIVITY",
      kConnectivityConditions,
      {},
      kCommonConnectivityFields,
      kConnectivityFields},
-    {ViewType::cfullgeo, "FULL_GEOMETRY", kGeometryConditions, {}, kCellGeometryFields, {}},
-    {ViewType::cconn, "CONNECTIVITY", kConnectivityConditions, kCellConnectivityAlternatives,
-     kCommonConnectivityFields, kCellConnectivityFields},
-    {ViewType::diestack, "DIE_STACK_DEF", {}, {}, {}, {}},
-    {ViewType::net, "NET", {}, {}, kNetFields, {}},
-    {ViewType::component, "COMPONENT", {}, {}, kComponentFields, {}},
-    {ViewType::outline, "GEOMETRY", kOutlineConditions, kOutlineAlternatives, kOutlineFields, {}},
+    {ViewType::cfullgeo,
+     "cfullgeo",
+     "FULL_GEOMETRY",
+     kGeometryConditions,
+     {},
+     kCellGeometryFields,
+     {}},
+    {ViewType::cconn, "cconn", "CONNECTIVITY", kConnectivityConditions,
+     kCellConnectivityAlternatives, kCommonConnectivityFields, kCellConnectivityFields},
+    {ViewType::diestack, "diestack", "DIE_STACK_DEF", {}, {}, {}, {}},
+    {ViewType::net, "net", "NET", {}, {}, kNetFields, {}},
+    {ViewType::component, "component", "COMPONENT", {}, {}, kComponentFields, {}},
+    {ViewType::outline,
+     "outline",
+     "GEOMETRY",
+     kOutlineConditions,
+     kOutlineAlternatives,
+     kOutlineFields,
+     {}},
     {ViewType::compositepad,
+     "compositepad",
      "COMPOSITE_PAD",
      {},
      kCompositePadAlternatives,
      kCompositePadFields,
      {}},
-    {ViewType::logicalpin, "LOGICAL_PIN", {}, {}, kLogicalPinFields, {}},
+    {ViewType::logicalpin, "logicalpin", "LOGICAL_PIN", {}, {}, kLogicalPinFields, {}},
 }};
+
+constexpr bool isInOrder() {
+    return std::ranges::is_sorted(kCatalogue, {}, &ViewCatalogueEntry::viewType);
+}
+static_assert(isInOrder(), "names are looked up by the value of the type");
 
 }  // namespace
 
 const ViewCatalogueEntry* findViewCatalogueEntry(ViewType viewType) {
     const auto* entry = std::ranges::find(kCatalogue, viewType, &ViewCatalogueEntry::viewType);
     return entry == kCatalogue.end() ? nullptr : entry;
+}
+
+const tkcore::AString& ViewTypeName(ViewType viewType) {
+    static const std::vector<tkcore::AString> kNames = [] {
+        std::vector<tkcore::AString> names;
+        for (const ViewCatalogueEntry& entry : kCatalogue) {
+            names.emplace_back(entry.name);
+        }
+        return names;
+    }();
+    return kNames.at(static_cast<std::size_t>(viewType));
 }
 
 std::span<const std::string_view> geometryClassExclusions() {

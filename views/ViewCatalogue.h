@@ -10,6 +10,7 @@ namespace velextracta {
 /// What extracta knows of one view, as constant data.
 struct ViewCatalogueEntry final {
     ViewType viewType;
+    std::string_view name;  // the stem of its file's name
     std::string_view extractaView;
     std::span<const std::string_view> conditions;
     std::span<const std::string_view> alternatives;

@@ -23,7 +23,7 @@ enum class ViewType : std::int32_t {
     logicalpin
 };
 
-inline constexpr unsigned kViewTypeCount = 12;
+inline constexpr unsigned kViewTypeCount = static_cast<unsigned>(ViewType::logicalpin) + 1;
 
 using ViewSet = tkcore::EnumSet<ViewType, kViewTypeCount>;
 
@@ -39,7 +39,8 @@ inline constexpr ViewSet kLayerNetViews{0x81};
 /// The views that a list of nets can restrict: fullgeo, conn, cfullgeo, cconn.
 inline constexpr ViewSet kNetFilterableViews{0x3C};
 
-/// The name of a view, lower case: the stem of its file's name.
+/// The name of a view, lower case: the stem of its file's name. Throws std::out_of_range for a type
+/// outside the catalogue.
 const tkcore::AString& ViewTypeName(ViewType viewType);
 
 }  // namespace velextracta

@@ -30,7 +30,7 @@ bool WorkingDirectory::createIn(const LongFileName& base) {
 }
 
 bool WorkingDirectory::remove() {
-    return !isOurs || !tkcore::LFN_IsExistingDirectory(directory) || tkcore::LFN_Delete(directory);
+    return !isOurs || tkcore::LFN_Delete(directory);
 }
 
 }  // namespace velextracta

@@ -14,7 +14,7 @@ public:
     /// told.
     bool createIn(const tkcore::LongFileName& base);
 
-    /// False if it is there and cannot be removed.
+    /// False if it cannot be removed; nothing to remove is no failure.
     bool remove();
 
     const tkcore::LongFileName& name() const noexcept { return directory; }

@@ -15,6 +15,19 @@ fs::path toPath(const LongFileName& file) {
     return {VEL_ANSI(file.FilePath())};
 }
 
+/// What cannot be removed keeps nothing else from being removed.
+void removeAll(const fs::path& path, boost::system::error_code& error) {
+    fs::remove_all(path, error);
+    if (!error) {
+        return;
+    }
+    boost::system::error_code ignored;
+    for (fs::directory_iterator entry(path, ignored), end; entry != end; entry.increment(ignored)) {
+        fs::remove_all(entry->path(), ignored);
+    }
+    fs::remove_all(path, error);
+}
+
 }  // namespace
 
 LongFileName::LongFileName(const AString& text) {
@@ -55,7 +68,7 @@ bool LFN_IsExistingDirectory(const LongFileName& directory) {
 bool LFN_Delete(const LongFileName& file) {
     boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
     if (file.IsInitialized()) {
-        fs::remove_all(toPath(file), error);
+        removeAll(toPath(file), error);
     }
     if (error) {
         VelDebug(0, "error: cannot remove %s: %s", file.FilePath(), error.message());

@@ -20,7 +20,10 @@ int startError(const fs::path& file) {
     if (error) {
         return error.value();
     }
-    return fs::is_regular_file(status) && access(file.c_str(), X_OK) == 0 ? 0 : EACCES;
+    if (!fs::is_regular_file(status)) {
+        return EACCES;
+    }
+    return access(file.c_str(), X_OK) == 0 ? 0 : errno;
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using Records = std::vector<std::string>;
+using Strings = std::vector<std::string>;
 
 class DefaultRun : public EndToEnd {
 protected:
@@ -67,12 +68,11 @@ protected:
         const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
         ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
         const auto entries = packed(directory / "out.vlx");
-        for (const char* view : {"layer", "paddef", "fullgeo", "diestack", "net", "component",
-                                 "outline", "compositepad", "logicalpin"}) {
-            const std::string name(view);
-            EXPECT_EQ(entries.at(name + ".txt"),
-                      runByHand(entries.at("extracta_control_" + name + ".txt")))
-                << name;
+        const std::string prefix = "extracta_control_";
+        for (const auto& [name, bytes] : entries) {
+            if (name.starts_with(prefix) && !name.starts_with(prefix + "conn")) {
+                EXPECT_EQ(entries.at(name.substr(prefix.size())), runByHand(bytes)) << name;
+            }
         }
         const std::string single = runByHand(connectivityControl(entries, {}));
         EXPECT_EQ(header(entries.at("conn.txt")), header(single));
@@ -106,6 +106,13 @@ protected:
         return names;
     }
 };
+
+/// The extractions that follow the survey.
+Strings afterTheSurvey(Strings started) {
+    const auto survey = std::ranges::find(started, "connnets");
+    started.erase(started.begin(), std::next(survey));
+    return started;
+}
 
 TEST_F(DefaultRun, givesTheRecordsOfOneSingleRun) {
     const Strings designs[] = {
@@ -161,10 +168,10 @@ TEST_F(DefaultRun, startsItsProcessesInOrderAndSplitsTheLargestNets) {
 TEST_F(DefaultRun, keepsNamesOfNetsOffTheLinesOfAControlFile) {
     useSurvey({{"A\n\tOR\n\tCLASS = PIN", 9}, {"B\rEND", 9}, {"../../C", 2}, {"$(touch x)", 1}});
     ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
-    const Strings started = order();
-    EXPECT_EQ(started.size(), 10U + 6U + 1U);
-    EXPECT_EQ(started[10], "conn0_______C_CONDUCTOR_ETCH");
-    EXPECT_EQ(started[13], "conn1___touch_x__CONDUCTOR_ETCH");
+    const Strings started = afterTheSurvey(order());
+    ASSERT_EQ(started.size(), 6U + 1U);
+    EXPECT_EQ(started[0], "conn0_______C_CONDUCTOR_ETCH");
+    EXPECT_EQ(started[3], "conn1___touch_x__CONDUCTOR_ETCH");
     EXPECT_EQ(files(), (std::set<std::string>{"design.mcm", "order", "out.vlx"}));
 }
 
@@ -177,10 +184,10 @@ TEST_F(DefaultRun, leavesNamesTooLongForAFileToTheRemainder) {
     const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
     ASSERT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the net \"" + tooLong + "\" is left"));
-    const Strings started = order();
-    EXPECT_EQ(started.size(), 10U + 12U + 1U);
-    EXPECT_EQ(started[10], "conn0_" + longest + "_CONDUCTOR_ETCH");
-    EXPECT_EQ(started[19], "conn3_E_CONDUCTOR_ETCH");
+    const Strings started = afterTheSurvey(order());
+    ASSERT_EQ(started.size(), 12U + 1U);
+    EXPECT_EQ(started[0], "conn0_" + longest + "_CONDUCTOR_ETCH");
+    EXPECT_EQ(started[9], "conn3_E_CONDUCTOR_ETCH");
 }
 
 TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
@@ -252,7 +259,7 @@ TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
             running += change.second;
             most = std::max(most, running);
         }
-        EXPECT_EQ(changes.size(), 2U * 23U);
+        EXPECT_GT(changes.size(), 2U * 12U);
         EXPECT_LE(most, limit);
         for (const std::string& file : files()) {
             if (file.starts_with("started.")) {

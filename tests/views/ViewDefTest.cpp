@@ -97,7 +97,7 @@ TEST(ViewDefinition, hasNoOtherClassesThanThoseOfOneNet) {
 }
 
 TEST(ViewDefinition, refusesATypeOutsideTheCatalogue) {
-    EXPECT_THROW(ExtractaViewDef(static_cast<ViewType>(12), {}, false), std::out_of_range);
+    EXPECT_THROW(ExtractaViewDef(static_cast<ViewType>(kViewTypeCount), {}, false), std::out_of_range);
 }
 
 }  // namespace

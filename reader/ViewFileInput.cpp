@@ -48,7 +48,7 @@ std::string doubtAboutHeader(const std::string& header, const std::string& jReco
     if (header.starts_with("A!") && jRecord.starts_with("J!")) {
         return {};
     }
-    return "its first two lines are not \"A!\" and \"J!\" records";
+    return "its first two lines do not begin with A! and J!";
 }
 
 std::string doubtAboutViewFile(const std::string& path) {

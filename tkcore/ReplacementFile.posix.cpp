@@ -98,18 +98,18 @@ ReplacementFile::Target::~Target() {
 }
 
 void ReplacementFile::Target::findPlace() {
-    const fs::path target = followLinks(path);
-    name = target.filename().string();
+    const fs::path place = followLinks(path);
+    name = place.filename().string();
 
     struct stat older {};
-    if (::stat(target.c_str(), &older) == 0) {
+    if (::stat(place.c_str(), &older) == 0) {
         if (S_ISDIR(older.st_mode)) {
             fail(EISDIR, "replace");
         }
         if (!S_ISREG(older.st_mode)) {
             fail(ENOTSUP, "replace what is no regular file,");
         }
-        if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
+        if (::faccessat(AT_FDCWD, place.c_str(), W_OK, AT_EACCESS) != 0) {
             fail(errno, "replace");
         }
         permissions = older.st_mode & kPermissionBits;
@@ -119,7 +119,7 @@ void ReplacementFile::Target::findPlace() {
     }
 
     // The folder is kept open: the path may be relative, and the current directory may change.
-    const fs::path parent = target.has_parent_path() ? target.parent_path() : ".";
+    const fs::path parent = place.has_parent_path() ? place.parent_path() : ".";
     folder = FileDescriptor(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder) {
         fail(errno, "create");

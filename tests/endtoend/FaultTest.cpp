@@ -123,7 +123,7 @@ std::vector<Fault::Row> Fault::rows() {
     const auto withFile = [](const char* path) {
         return Strings{"-z", "-cell", "-add", path, "design.mcm", "out.vlx"};
     };
-    const char* noDirectory = "error: Could not create working directory at \"/";
+    const char* noDirectory = "error: cannot create directory /";
     const char* notOpen = "error: cannot create ";
     const char* notReplaced = "error: cannot replace ";
     const char* isDesign = "error: a design is never replaced";

@@ -104,10 +104,13 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
     } catch (const std::exception& exception) {
         return fail("extracta run failed: ", exception);
     }
+    AString names;
     for (const ActiveView& view : created) {
         observer.extractionFinished(ViewTypeName(view.viewType));
         warnAboutFile(observer, view);
+        names += (names.empty() ? "" : ",") + ViewTypeName(view.viewType);
     }
+    tkcore::VelDebug(1, "Extracta %s finished \n", names);
     activeViews.insert(activeViews.begin(), created.begin(), created.end());
     return true;
 }

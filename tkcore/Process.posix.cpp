@@ -15,7 +15,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tkcore/Log.h"
 #include "tkcore/PipeEnd.posix.h"
 #include "tkcore/ProcessDescriptor.posix.h"
 #include "tkcore/ProcessKeeper.posix.h"
@@ -52,14 +51,33 @@ bool isKeeper(pid_t child) {
 
 using Children = std::array<pid_t, 512>;
 
-/// Children that were there before us, and what programs have left behind, which falls to us.
-void spareOtherChildren() {
+/// Notes the children that the predicate picks as not ours to end.
+template <typename Predicate>
+void spareChildren(const Predicate& picks) {
     Children children;
     for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
-        if (!isKeeper(child)) {
+        if (!isKeeper(child) && picks(child)) {
             foreignChildren.push_back({child, getsid(child)});
         }
     }
+}
+
+/// Whether a keeper has been killed whose end is still to be noted.
+bool anyKeeperWasKilled() {
+    return std::ranges::any_of(startedProcesses, [](const StartedProcess& process) {
+        siginfo_t info{};
+        return !process.exitCode &&
+               waitid(P_PID, static_cast<id_t>(process.keeper), &info,
+                      WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid != 0 && info.si_code != CLD_EXITED;
+    });
+}
+
+/// What a program has left behind falls to us when its keeper ends, as do the orphans of a keeper
+/// that is killed at the same moment; of the two, only the program's own session tells.
+void spareLeftBehind(const StartedProcess& ended) {
+    const bool areMixed = anyKeeperWasKilled();
+    spareChildren([&](pid_t child) { return !areMixed || getsid(child) == ended.keeper; });
 }
 
 void prepareForChildren() {
@@ -70,7 +88,7 @@ void prepareForChildren() {
     prepared = true;
     // Our caller may have switched it off, and then nobody could ask how a child has ended.
     std::signal(SIGCHLD, SIG_DFL);
-    spareOtherChildren();
+    spareChildren([](pid_t) { return true; });  // they were there before us
     // Should somebody kill a keeper, what it kept falls to us.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
@@ -99,10 +117,9 @@ void noteEnd(StartedProcess& process, int waitStatus) noexcept {
         if (WIFSIGNALED(waitStatus)) {
             endOrphansOfKeepers();
         } else {
-            spareOtherChildren();
+            spareLeftBehind(process);
         }
-    } catch (const std::bad_alloc&) {
-        VelDebug(0, "no memory to look for what program %d has left behind", process.keeper);
+    } catch (const std::bad_alloc&) {  // nothing can be noted, and the run is about to fail
     }
 }
 

@@ -28,6 +28,8 @@ public:
     /// before, and as many as the system gives at once, none only at the file's end.
     std::size_t read(void* destination, std::size_t size);
     std::size_t readSome(void* destination, std::size_t size);
+    /// The next read begins at the start again.
+    void rewind();
 
 private:
     struct OpenFile;

@@ -68,4 +68,10 @@ std::size_t InputFile::readSome(void* destination, std::size_t size) {
     }
 }
 
+void InputFile::rewind() {
+    if (::lseek(file->descriptor.get(), 0, SEEK_SET) != 0) {
+        throwError(errno, "cannot read " + path + " again");
+    }
+}
+
 }  // namespace tkcore

@@ -1,16 +1,14 @@
 #include "archive/CZipArchive.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <memory>
-#include <new>
-#include <span>
 #include <stdexcept>
-
-#include <libdeflate.h>
+#include <utility>
 
 #include "archive/EntryName.h"
-#include "tkcore/InputFile.h"
+#include "archive/Original.h"
+#include "archive/PieceDeflater.h"
+#include "archive/PieceLine.h"
 #include "tkcore/Interruption.h"
 
 namespace velextracta {
@@ -18,37 +16,23 @@ namespace velextracta {
 namespace {
 
 /// Packs view files tighter than the level 6 of common zip programs, and faster than level 6 here.
-constexpr int kDefaultWholeLevel = 5;
-constexpr int kDefaultStreamLevel = 6;
+constexpr int kLevelOfDefault = 5;
 constexpr int kHighestLevel = 9;
-constexpr std::size_t kStreamBufferSize = std::size_t{1} << 20U;
 
-int levelOr(int defaultLevel, int level) {
-    return level < 0 ? defaultLevel : std::min(level, kHighestLevel);
+PieceLine deflating(Original& original, int level, unsigned threads) {
+    return {[&original](std::span<std::byte> room) { return original.read(room); },
+            [&original, level] { return std::make_unique<PieceDeflater>(original.path(), level); },
+            threads};
 }
 
-/// A buffer whose pages are only taken once they are written to.
-class Buffer final {
-public:
-    explicit Buffer(std::size_t size)
-        : bytes(std::make_unique_for_overwrite<std::byte[]>(size)), all(bytes.get(), size) {}
-    std::span<std::byte> span() const { return all; }
+ZipMethod methodFor(std::uint64_t deflatedSize, std::uint64_t originalSize) {
+    return deflatedSize + kDeflateEnd.size() < originalSize ? ZipMethod::kDeflated
+                                                            : ZipMethod::kStored;
+}
 
-private:
-    std::unique_ptr<std::byte[]> bytes;
-    std::span<std::byte> all;
-};
-
-/// The number of bytes that the target then holds; 0 if they do not fit.
-std::size_t deflateWhole(std::span<const std::byte> original, int level,
-                         std::span<std::byte> target) {
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
-        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
-    if (!compressor) {
-        throw std::bad_alloc();
-    }
-    return libdeflate_deflate_compress(compressor.get(), original.data(), original.size(),
-                                       target.data(), target.size());
+/// Other pieces hardly make up for that: what does not shrink grows by a ten-thousandth.
+bool shrinksALot(const Piece& piece) {
+    return piece.deflated.size() < piece.original.size() / 8 * 7;
 }
 
 void throwIfInterrupted() {
@@ -57,9 +41,24 @@ void throwIfInterrupted() {
     }
 }
 
+ZipMethod methodForAll(PieceLine& line, const Piece* first) {
+    std::uint64_t deflatedSize = 0;
+    std::uint64_t originalSize = 0;
+    for (const Piece* piece = first; piece != nullptr; piece = line.next()) {
+        throwIfInterrupted();
+        deflatedSize += piece->deflated.size();
+        originalSize += piece->original.size();
+    }
+    return methodFor(deflatedSize, originalSize);
+}
+
 }  // namespace
 
 CZipArchive::~CZipArchive() = default;
+
+void CZipArchive::reportProgressTo(std::function<void(std::uint64_t)> listener) {
+    progress = std::move(listener);
+}
 
 void CZipArchive::Open(const std::string& path, int mode, int volumeSize) {
     if (mode != kCreate || volumeSize != 0) {
@@ -77,7 +76,8 @@ bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, 
     try {
         throwIfInterrupted();
         openContainer();
-        tkcore::InputFile file(path);
+        Original original(path);
+        const tkcore::InputFile& file = original.file();
         ZipEntry entry{entryName(path, fullPath), file.modificationTime(), file.permissions()};
         if (entry.name.empty()) {
             throw std::runtime_error("cannot add " + path + ": it has no name");
@@ -85,10 +85,7 @@ bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, 
         if (file.isDirectory()) {
             entry.name += '/';
         }
-        if (!addWhole(entry, file, levelOr(kDefaultWholeLevel, level))) {
-            tkcore::InputFile fromStart(path);
-            addStreaming(entry, fromStart, levelOr(kDefaultStreamLevel, level));
-        }
+        addFile(entry, original, level < 0 ? kLevelOfDefault : std::min(level, kHighestLevel));
     } catch (...) {
         container.reset();
         throw;
@@ -106,42 +103,54 @@ void CZipArchive::Close(int afterException, bool updateTimeStamp) {
     container.reset();
 }
 
-bool CZipArchive::addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level) {
-    if (file.size() > mostMemory / 3 * 2) {
-        return false;  // view files shrink to a fifth: half of the size is room enough
+void CZipArchive::addFile(const ZipEntry& entry, Original& original, int level) {
+    ZipMethod method = ZipMethod::kStored;
+    if (level > 0) {
+        PieceLine line = deflating(original, level, threads);
+        const Piece* first = line.next();
+        const bool isAll = original.file().size() <= Piece::kMostBytes;
+        if (first != nullptr && (isAll || shrinksALot(*first))) {
+            method = methodFor(first->deflated.size(), first->original.size());
+            return addPieces(entry, method, original, line, first);
+        }
+        method = methodForAll(line, first);
     }
-    const Buffer buffer(static_cast<std::size_t>(file.size()));
-    // It may have become shorter.
-    const auto original =
-        buffer.span().first(file.read(buffer.span().data(), buffer.span().size()));
-    throwIfInterrupted();
-    const std::uint32_t checksum = libdeflate_crc32(0, original.data(), original.size());
-    const Buffer room(std::min(original.size(), mostMemory - original.size()));
-    const auto deflated = room.span().first(deflateWhole(original, level, room.span()));
-    throwIfInterrupted();
-    if (deflated.empty() && room.span().size() < original.size()) {
-        return false;
+    original.rewind();
+    if (method == ZipMethod::kStored) {
+        return addStored(entry, original);
     }
-    const bool shrinks = !deflated.empty() && deflated.size() < original.size();
-    container->add(entry, shrinks ? ZipMethod::kDeflated : ZipMethod::kStored,
-                   shrinks ? deflated : original, original.size(), checksum);
-    return true;
+    PieceLine line = deflating(original, level, threads);
+    addPieces(entry, method, original, line, line.next());
 }
 
-void CZipArchive::addStreaming(const ZipEntry& entry, tkcore::InputFile& file, int level) {
-    container->begin(entry, level, file.size());
-    const Buffer buffer(kStreamBufferSize);
-    // What is appended to the file from now on is not ours: the entry is begun for this size.
-    std::uint64_t left = file.size();
-    while (left > 0) {
-        throwIfInterrupted();
-        const auto wanted =
-            static_cast<std::size_t>(std::min<std::uint64_t>(left, kStreamBufferSize));
-        const std::size_t received = file.read(buffer.span().data(), wanted);
-        container->write(buffer.span().first(received));
-        left = received < wanted ? 0 : left - received;  // it may have become shorter
+void CZipArchive::addPieces(const ZipEntry& entry, ZipMethod method, Original& original,
+                            PieceLine& line, const Piece* first) {
+    const bool isDeflated = method == ZipMethod::kDeflated;
+    container->begin(entry, method, original.file().size());
+    for (const Piece* piece = first; piece != nullptr; piece = line.next()) {
+        write(isDeflated ? piece->deflated : piece->original, piece->original.size());
     }
-    container->end();
+    if (isDeflated) {
+        container->write(kDeflateEnd);
+    }
+    container->end(original.size(), original.checksum());
+}
+
+void CZipArchive::addStored(const ZipEntry& entry, Original& original) {
+    container->begin(entry, ZipMethod::kStored, original.file().size());
+    Piece piece;
+    while (const std::size_t size = original.read(piece.room())) {
+        write(piece.room().first(size), size);
+    }
+    container->end(original.size(), original.checksum());
+}
+
+void CZipArchive::write(std::span<const std::byte> bytes, std::size_t originalSize) {
+    throwIfInterrupted();
+    container->write(bytes);
+    if (progress) {
+        progress(originalSize);
+    }
 }
 
 ZipContainer& CZipArchive::openContainer() {

@@ -1,20 +1,27 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "archive/ZipContainer.h"
-
-namespace tkcore {
-class InputFile;
-}
+#include "tkcore/System.h"
 
 namespace velextracta {
+
+class Original;
+class PieceLine;
+struct Piece;
 
 /// A new zip archive, at its path only once Close() has succeeded. Every failure is thrown and
 /// names the path it is about; a failure of AddNewFile() abandons the archive. A request to end
 /// the program (tkcore::interruption()) makes AddNewFile() fail with "interrupted".
+///
+/// A file is deflated in pieces, on as many threads as are asked for, the caller's included; the
+/// others have ended when AddNewFile() returns. The archive does not depend on their number.
 class CZipArchive final {
 public:
     static constexpr int kCreate = 2;         // the one mode of Open()
@@ -22,23 +29,22 @@ public:
     static constexpr int kSafeSmartness = 7;
     static constexpr int kNormalClose = 0;
 
-    static constexpr std::size_t kMemoryBound = std::size_t{448} << 20U;  // bytes
-
-    /// A file that fits the bound (bytes) together with its deflated form is deflated as a whole,
-    /// by the fastest library; an interruption is noticed after it. Any other is streamed through
-    /// a library that is half as fast and takes no memory.
-    explicit CZipArchive(std::size_t memoryBound = kMemoryBound) : mostMemory(memoryBound) {}
+    explicit CZipArchive(unsigned threadCount = tkcore::hardwareThreads()) : threads(threadCount) {}
     ~CZipArchive();
 
     CZipArchive(const CZipArchive&) = delete;
     CZipArchive& operator=(const CZipArchive&) = delete;
+
+    /// Called by AddNewFile() with the number of the file's bytes that have been packed since the
+    /// last call. What it throws is a failure of AddNewFile().
+    void reportProgressTo(std::function<void(std::uint64_t)> listener);
 
     /// Volumes are not supported: volumeSize is 0.
     void Open(const std::string& path, int mode, int volumeSize = 0);
 
     /// Adds a file as it is now, or a directory as an entry of its own without what is in it,
     /// under its full path or its last component. Smartness and buffer size change nothing: a file
-    /// deflated as a whole that does not shrink is stored anyway. Always true.
+    /// that does not shrink is stored anyway. Always true.
     bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
                     int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
 
@@ -46,12 +52,15 @@ public:
     void Close(int afterException = kNormalClose, bool updateTimeStamp = false);
 
 private:
-    /// False, with nothing added, if it does not fit the bound.
-    bool addWhole(const ZipEntry& entry, tkcore::InputFile& file, int level);
-    void addStreaming(const ZipEntry& entry, tkcore::InputFile& file, int level);
+    void addFile(const ZipEntry& entry, Original& original, int level);
+    void addPieces(const ZipEntry& entry, ZipMethod method, Original& original, PieceLine& line,
+                   const Piece* first);
+    void addStored(const ZipEntry& entry, Original& original);
+    void write(std::span<const std::byte> bytes, std::size_t originalSize);
     ZipContainer& openContainer();
 
-    std::size_t mostMemory;
+    unsigned threads;
+    std::function<void(std::uint64_t)> progress;
     std::optional<ZipContainer> container;
 };
 

@@ -1,6 +1,5 @@
 #include "archive/ZipContainer.h"
 
-#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -133,39 +132,7 @@ ZipContainer::~ZipContainer() {
     }
 }
 
-void ZipContainer::add(const ZipEntry& entry, ZipMethod method, std::span<const std::byte> bytes,
-                       std::uint64_t size, std::uint32_t checksum) {
-    constexpr bool kAsGiven = true;
-    open(entry, method, kAsGiven, Z_DEFAULT_COMPRESSION, size);
-    write(bytes);
-    check(zipCloseFileInZipRaw64(writer, size, checksum));
-}
-
-void ZipContainer::begin(const ZipEntry& entry, int level, std::uint64_t mostSize) {
-    constexpr bool kAsGiven = false;
-    open(entry, ZipMethod::kDeflated, kAsGiven, level, mostSize);
-}
-
-void ZipContainer::write(std::span<const std::byte> bytes) {
-    constexpr std::size_t kMostAtOnce = std::size_t{1} << 30U;  // the library counts in 32 bits
-    while (!bytes.empty()) {
-        const auto part = bytes.first(std::min(bytes.size(), kMostAtOnce));
-        check(zipWriteInFileInZip(writer, part.data(), static_cast<unsigned>(part.size())));
-        bytes = bytes.subspan(part.size());
-    }
-}
-
-void ZipContainer::end() {
-    check(zipCloseFileInZip(writer));
-}
-
-void ZipContainer::finish() {
-    check(zipClose(std::exchange(writer, nullptr), nullptr));
-    file.commit();
-}
-
-void ZipContainer::open(const ZipEntry& entry, ZipMethod method, bool asGiven, int level,
-                        std::uint64_t mostSize) {
+void ZipContainer::begin(const ZipEntry& entry, ZipMethod method, std::uint64_t mostSize) {
     if (entry.name.size() > std::numeric_limits<std::uint16_t>::max()) {
         throw std::runtime_error("too long a name for a zip archive: " + entry.name);
     }
@@ -174,11 +141,25 @@ void ZipContainer::open(const ZipEntry& entry, ZipMethod method, bool asGiven, i
     info.external_fa = externalAttributes(entry);
     const std::string extra = exactTime(entry.modificationTime);
     const auto extraSize = static_cast<uInt>(extra.size());
+    constexpr int kAsGiven = 1;
     check(zipOpenNewFileInZip4_64(
         writer, entry.name.c_str(), &info, extra.data(), extraSize, extra.data(), extraSize,
-        nullptr, static_cast<int>(method), level, asGiven ? 1 : 0, -MAX_WBITS, DEF_MEM_LEVEL,
-        Z_DEFAULT_STRATEGY, nullptr, 0, kMadeByUnix, needsUtf8Mark(entry.name) ? kUtf8Mark : 0,
-        mostSize > kMost32BitSize ? 1 : 0));
+        nullptr, static_cast<int>(method), Z_DEFAULT_COMPRESSION, kAsGiven, -MAX_WBITS,
+        DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, kMadeByUnix,
+        needsUtf8Mark(entry.name) ? kUtf8Mark : 0, mostSize > kMost32BitSize ? 1 : 0));
+}
+
+void ZipContainer::write(std::span<const std::byte> bytes) {
+    check(zipWriteInFileInZip(writer, bytes.data(), static_cast<unsigned>(bytes.size())));
+}
+
+void ZipContainer::end(std::uint64_t size, std::uint32_t checksum) {
+    check(zipCloseFileInZipRaw64(writer, size, checksum));
+}
+
+void ZipContainer::finish() {
+    check(zipClose(std::exchange(writer, nullptr), nullptr));
+    file.commit();
 }
 
 void ZipContainer::check(int result) {

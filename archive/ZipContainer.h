@@ -31,16 +31,12 @@ public:
     ZipContainer(const ZipContainer&) = delete;
     ZipContainer& operator=(const ZipContainer&) = delete;
 
-    /// Adds an entry whose bytes are at hand, in the form that the method says. Size and CRC-32
-    /// are those of the original.
-    void add(const ZipEntry& entry, ZipMethod method, std::span<const std::byte> bytes,
-             std::uint64_t size, std::uint32_t checksum);
-
-    /// Begins an entry for at most mostSize bytes, which come through write() as they are and are
-    /// deflated on their way, at a level from 0 (store) to 9 (smallest).
-    void begin(const ZipEntry& entry, int level, std::uint64_t mostSize);
+    /// Begins an entry for at most mostSize bytes of an original, which come through write() in
+    /// the form that the method says.
+    void begin(const ZipEntry& entry, ZipMethod method, std::uint64_t mostSize);
     void write(std::span<const std::byte> bytes);
-    void end();
+    /// Size and CRC-32 are those of the original.
+    void end(std::uint64_t size, std::uint32_t checksum);
 
     /// The archive is complete: it goes to its path.
     void finish();
@@ -48,8 +44,6 @@ public:
 private:
     struct Callbacks;
 
-    void open(const ZipEntry& entry, ZipMethod method, bool asGiven, int level,
-              std::uint64_t mostSize);
     void check(int result);
 
     std::string path;

@@ -1,13 +1,20 @@
 #include <csignal>
-#include <random>
+#include <fstream>
+#include <functional>
+#include <new>
+#include <set>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <utime.h>
 
 #include "archive/CZipArchive.h"
+#include "archive/Piece.h"
 #include "support/Archive.h"
+#include "support/Contents.h"
 #include "support/FileSizeLimit.h"
 #include "support/TemporaryDirectory.h"
 #include "tkcore/Interruption.h"
@@ -18,30 +25,15 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-std::string viewText(std::size_t size) {
-    std::mt19937 random(size);
-    std::string text;
-    while (text.size() < size) {
-        text += "S!CONDUCTOR!TOP!NET" + std::to_string(random() % 5000) + "!" +
-                std::to_string(random()) + "!\n";
-    }
-    text.resize(size);
-    return text;
-}
-
-std::string randomBytes(std::size_t size) {
-    std::mt19937 random(size);
-    std::string bytes(size, '\0');
-    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
-    return bytes;
-}
+constexpr std::size_t kPiece = Piece::kMostBytes;
 
 class CZipArchiveTest : public testing::Test {
 protected:
-    void pack(const std::vector<fs::path>& paths,
-              std::size_t memoryBound = CZipArchive::kMemoryBound,
-              int level = CZipArchive::kDefaultLevel) {
-        CZipArchive zip(memoryBound);
+    void pack(const std::vector<fs::path>& paths, unsigned threads = 3,
+              int level = CZipArchive::kDefaultLevel,
+              const std::function<void(std::uint64_t)>& listener = {}) {
+        CZipArchive zip(threads);
+        zip.reportProgressTo(listener);
         zip.Open(output, CZipArchive::kCreate, 0);
         for (const fs::path& path : paths) {
             zip.AddNewFile(path, level, true, CZipArchive::kSafeSmartness, 65536);
@@ -64,40 +56,161 @@ protected:
     const fs::path input = folder / "view.txt";
 };
 
-TEST_F(CZipArchiveTest, ItGivesBackTheBytesOfWholeAndOfStreamedFiles) {
+TEST_F(CZipArchiveTest, ItGivesBackTheBytesAndDoesNotDependOnTheThreads) {
     const std::pair<const char*, std::string> contents[] = {
         {"empty", ""},
         {"byte", "S"},
-        {"text", viewText(600000)},
-        {"whole buffers", viewText(2 << 20)},
-        {"zeros", std::string(600000, '\0')},
-        {"random", randomBytes(200000)},
-        {"text, random, text", viewText(99999) + randomBytes(99999) + viewText(99999)}};
-    for (const std::size_t memoryBound : {0, 300000, 1 << 30}) {
-        for (const int level : {CZipArchive::kDefaultLevel, 0, 1, 9}) {
-            for (const auto& [name, bytes] : contents) {
-                writeFile(input, bytes);
-                pack({input}, memoryBound, level);
-                const auto entries = readArchive(output);
-                ASSERT_EQ(entries.size(), 1U);
-                EXPECT_TRUE(entries[0].bytes == bytes) << name << ' ' << level;
-                EXPECT_LT(fs::file_size(output), bytes.size() * 1.02 + 300) << name << ' ' << level;
+        {"a byte less than a piece", viewText(kPiece - 1)},
+        {"piece", viewText(kPiece)},
+        {"a byte more than a piece", viewText(kPiece + 1)},
+        {"pieces", viewText(9 * kPiece)},
+        {"zeros", std::string(3 * kPiece, '\0')},
+        {"random", randomBytes(5 * kPiece + 7)},
+        {"text, random", viewText(3 * kPiece + 9) + randomBytes(2 * kPiece)},
+        {"random, text", randomBytes(2 * kPiece + 9) + viewText(3 * kPiece)}};
+    for (const int level : {CZipArchive::kDefaultLevel, 0, 1, 9}) {
+        for (const auto& [name, bytes] : contents) {
+            writeFile(input, bytes);
+            pack({input}, 1, level);
+            const auto entries = readArchive(output);
+            ASSERT_EQ(entries.size(), 1U);
+            EXPECT_TRUE(entries[0].bytes == bytes) << name << ' ' << level;
+            EXPECT_LT(fs::file_size(output), bytes.size() + 300) << name << ' ' << level;
+            const std::string archive = readFile(output);
+            for (const unsigned threads : {0, 2, 5}) {
+                pack({input}, threads, level);
+                EXPECT_TRUE(readFile(output) == archive) << name << ' ' << level;
             }
         }
     }
 }
 
-TEST_F(CZipArchiveTest, ItStoresAWholeFileThatDoesNotShrinkButStreamsALargerOneDeflated) {
+TEST_F(CZipArchiveTest, ItStoresAFileThatDoesNotShrinkAsAWhole) {
     constexpr unsigned kStored = 0;
     constexpr unsigned kDeflated = 8;
-    writeFile(input, randomBytes(200000));
-    const std::pair<std::size_t, unsigned> cases[] = {
-        {400000, kStored}, {399999, kDeflated}, {300000, kDeflated}, {1000, kDeflated}};
-    for (const auto& [memoryBound, method] : cases) {
-        pack({input}, memoryBound);
-        EXPECT_EQ(centralField(10, 2), method) << memoryBound;
-        EXPECT_EQ(readArchive(output).at(0).bytes, readFile(input)) << memoryBound;
+    const std::string random = randomBytes(5 * kPiece);
+    const std::pair<std::string, unsigned> cases[] = {{"", kStored},
+                                                      {"S!", kStored},
+                                                      {std::string(60, 'S'), kDeflated},
+                                                      {random.substr(0, 9000), kStored},
+                                                      {random, kStored},
+                                                      {std::string(20, 'S') + random, kStored},
+                                                      {random + viewText(2000), kDeflated},
+                                                      {viewText(2000) + random, kDeflated},
+                                                      {viewText(kPiece) + random, kDeflated}};
+    for (const auto& [bytes, method] : cases) {
+        writeFile(input, bytes);
+        pack({input});
+        EXPECT_EQ(centralField(10, 2), method) << bytes.size();
+        EXPECT_TRUE(readArchive(output).at(0).bytes == bytes) << bytes.size();
     }
+}
+
+TEST_F(CZipArchiveTest, ItIsReadByOtherPrograms) {
+    const std::string shapes[] = {"", "S", viewText(kPiece + 1), randomBytes(3 * kPiece),
+                                  viewText(3 * kPiece) + randomBytes(kPiece)};
+    std::vector<fs::path> paths;
+    for (const std::string& bytes : shapes) {
+        paths.push_back(folder / std::to_string(bytes.size()));
+        writeFile(paths.back(), bytes);
+    }
+    pack(paths);
+    for (const char* command : {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t"}) {
+        EXPECT_EQ(std::system((command + (" " + output.string() + " >/dev/null")).c_str()), 0);
+    }
+    const std::string folderName = folder.path().string();
+    EXPECT_EQ(std::system(("cd " + folderName + " && bsdtar -xf out.vlx").c_str()), 0);
+    for (const fs::path& path : paths) {
+        EXPECT_TRUE(readFile(folder.path() / path.relative_path()) == readFile(path)) << path;
+    }
+}
+
+TEST_F(CZipArchiveTest, ItHoldsWhatItHasReadOfAFileThatChanges) {
+    for (const std::string& bytes : {viewText(40 * kPiece), randomBytes(40 * kPiece)}) {
+        for (const std::size_t newSize : {std::size_t{0}, 30 * kPiece + 5, 50 * kPiece}) {
+            for (const unsigned threads : {1, 3}) {
+                writeFile(input, bytes);
+                std::uint64_t reported = 0;
+                pack({input}, threads, CZipArchive::kDefaultLevel, [&](std::uint64_t size) {
+                    reported += size;
+                    fs::resize_file(input, newSize);
+                });
+                const std::string packed = readArchive(output).at(0).bytes;
+                EXPECT_EQ(packed.size(), reported);
+                EXPECT_TRUE(bytes.starts_with(packed));
+                EXPECT_GE(packed.size(), std::min(newSize, bytes.size()));
+            }
+        }
+    }
+}
+
+TEST_F(CZipArchiveTest, ItIsAbandonedWhenTheListenerFails) {
+    writeFile(output, "older");
+    for (const std::string& bytes : {viewText(9 * kPiece), randomBytes(9 * kPiece)}) {
+        writeFile(input, bytes);
+        const auto fail = [](std::uint64_t) { throw std::range_error("listener"); };
+        EXPECT_THROW(pack({input}, 3, CZipArchive::kDefaultLevel, fail), std::range_error);
+        EXPECT_EQ(readFile(output), "older");
+    }
+}
+
+TEST_F(CZipArchiveTest, ItPacksOrFailsHoweverLittleMemoryThereIs) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer needs memory without end itself";
+#endif
+    writeFile(input, viewText(9 * kPiece));
+    pack({input});
+    const std::string archive = readFile(output);
+    const auto packWithin = [&](rlim_t room) {
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        rlimit limit{pages * static_cast<std::size_t>(getpagesize()), RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &limit);
+        // What earlier tests have given back must not help.
+        for (const std::size_t size : {1 << 20, 1 << 12}) {
+            while (::operator new(size, std::nothrow) != nullptr) {
+            }
+        }
+        limit.rlim_cur += room;
+        setrlimit(RLIMIT_AS, &limit);
+        try {
+            pack({input});
+        } catch (const std::exception&) {
+            _exit(1);
+        }
+        _exit(0);
+    };
+    std::set<bool> outcomes;
+    for (rlim_t room = 0; room < (48 << 20U); room += 1'200'000) {
+        writeFile(output, "older");
+        EXPECT_EXIT(
+            packWithin(room),
+            [](int status) { return WIFEXITED(status) && WEXITSTATUS(status) <= 1; }, "");
+        const std::string found = readFile(output);
+        outcomes.insert(found == archive);
+        EXPECT_TRUE(found == archive || found == "older") << room;
+    }
+    EXPECT_EQ(outcomes.size(), 2U);
+}
+
+TEST_F(CZipArchiveTest, ItPacksAloneWhereNoThreadCanBeStarted) {
+    writeFile(input, viewText(9 * kPiece));
+    pack({input});
+    const std::string archive = readFile(output);
+    const auto packAlone = [&] {
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t{1} << 50U);
+        pthread_setattr_default_np(&attributes);
+        try {
+            std::thread([] {}).join();
+            _exit(2);
+        } catch (const std::system_error&) {
+            pack({input});
+        }
+        _exit(readFile(output) == archive ? 0 : 1);
+    };
+    EXPECT_EXIT(packAlone(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(CZipArchiveTest, ItNamesEntriesByTheirPathsAndMarksUtf8) {
@@ -190,19 +303,28 @@ TEST_F(CZipArchiveTest, ItFailsOnAFullDiskAndKeepsTheOlderFile) {
 }
 
 TEST_F(CZipArchiveTest, ItEndsAtAnInterruption) {
-    writeFile(input, "x");
-    const auto packInterrupted = [&] {
+    const auto packInterrupted = [&](int reportsBefore) {
         tkcore::noteInterruptions();
-        std::raise(SIGTERM);
+        const auto interrupt = [&](std::uint64_t) {
+            if (reportsBefore-- == 0) {
+                std::raise(SIGTERM);
+            }
+        };
         try {
-            pack({input});
+            interrupt(0);
+            pack({input}, 3, CZipArchive::kDefaultLevel, interrupt);
         } catch (const std::runtime_error& failure) {
             _exit(std::string(failure.what()) == "interrupted" ? 0 : 1);
         }
         _exit(2);
     };
-    EXPECT_EXIT(packInterrupted(), testing::ExitedWithCode(0), "");
-    EXPECT_FALSE(fs::exists(output));
+    for (const std::string& bytes : {viewText(9 * kPiece), randomBytes(9 * kPiece)}) {
+        writeFile(input, bytes);
+        for (const int reportsBefore : {0, 1, 5}) {
+            EXPECT_EXIT(packInterrupted(reportsBefore), testing::ExitedWithCode(0), "");
+            EXPECT_FALSE(fs::exists(output));
+        }
+    }
 }
 
 }  // namespace

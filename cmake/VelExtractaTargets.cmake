@@ -7,10 +7,10 @@ target_compile_options(velextracta_settings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(VELEXTRACTA_SANITIZE)
     target_compile_options(velextracta_settings INTERFACE
-        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer
+        -fsanitize=${VELEXTRACTA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
         # Reported inside the standard library once its code is instrumented.
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
-    target_link_options(velextracta_settings INTERFACE -fsanitize=address,undefined)
+    target_link_options(velextracta_settings INTERFACE -fsanitize=${VELEXTRACTA_SANITIZE})
 endif()
 
 if(VELEXTRACTA_FUZZ)

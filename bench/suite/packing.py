@@ -1,84 +1,177 @@
-"""Packing a gigabyte of view files, beside the packing programs at hand."""
+"""Packing: many files, one large file, and an interruption in the middle of it."""
 
-from suite import inputs
-from suite.measure import interleaved, median_ratio, median_seconds
-from suite.table import Row, at_least, at_most
+import os
+import random
+import signal
+import statistics
+import subprocess
+import time
+from pathlib import Path
 
-GOAL_SPEED = 2.4
-GOAL_SIZE = 1.0  # of zip's archive
-PACKERS = {
-    "own": ["bench-pack"],
-    "zip": ["zip", "-6", "-q"],
-    "7z": ["7z", "a", "-tzip", "-mmt=1", "-bso0", "-bsp0"],
-}
+from report import Row
+from workbench import GIB, MIB, median_seconds, peak_memory, remove, total_size
 
+THREADS = (1, 2, 4, 8)
+GOAL_SPEED, GOAL_SIZE = 4.5, 0.96  # two threads against zip
+GOAL_ONE_THREAD = 2.73  # against zip: what one thread did before there were more
+GOAL_TWO_THREADS = 1.6  # against one
+GOAL_ELSEWHERE = 0.10
+GOAL_MEMORY = "under 16 MiB and 4 MiB a thread"
+GOAL_LARGE_FILE = 0.9
+GOAL_INTERRUPTION, INTERRUPTIONS = 0.2, 8
 
-class Comparison:
-    """The own packing of the files beside that of another program."""
-
-    def __init__(self, bench, other: str, files):
-        self.bench = bench
-        # 7z keeps no folders of absolute paths, and the designs have files of the same names.
-        self.files = [file.relative_to(bench.scratch) for file in files]
-        self.bytes = inputs.total_size(files)
-        self.own, self.other = interleaved(
-            bench.sizes.repetitions,
-            lambda: self.pack("own"),
-            lambda: self.pack(other),
-        )
-        self.sizes = [self.archive(name).stat().st_size for name in ("own", other)]
-        inputs.check_archive(self.archive("own"))
-
-    def archive(self, name: str):
-        return self.bench.scratch / f"{name}.zip"
-
-    def pack(self, name: str):
-        self.bench.remove(self.archive(name))  # zip and 7z would add to it
-        program, *options = PACKERS[name]
-        find = self.bench.program if name == "own" else self.bench.installed
-        return self.bench.run(
-            *(find(program), *options, self.archive(name), *self.files),
-            directory=self.bench.scratch,
-        )
-
-    @property
-    def speed(self) -> float:
-        return median_ratio(self.other, self.own)
-
-    @property
-    def size(self) -> float:
-        return self.sizes[0] / self.sizes[1]
-
-    def figures(self) -> dict:
-        return {
-            "bytes": self.bytes,
-            "files": len(self.files),
-            "archive_bytes": dict(zip(("own", "other"), self.sizes)),
-            "median_seconds": {
-                "own": median_seconds(self.own),
-                "other": median_seconds(self.other),
-            },
-            "seconds": {
-                "own": [sample.seconds for sample in self.own],
-                "other": [sample.seconds for sample in self.other],
-            },
-            "own_peak_memory_bytes": max(sample.peak_memory for sample in self.own),
-        }
+ZIP = ("/usr/bin/zip", "-6", "-q")
+SEVEN = ("/usr/bin/7z", "a", "-tzip", "-bso0", "-bsp0")
+READERS = [
+    ("/usr/bin/unzip", "-tqq"),
+    ("/usr/bin/7z", "t", "-bso0", "-bsp0"),
+    ("/usr/bin/bsdtar", "-xOf"),
+    ("/usr/bin/python3", "-m", "zipfile", "-t"),
+]
 
 
-def measure(bench):
-    files = inputs.view_files(bench, bench.sizes.packing_bytes)
-    zipped = Comparison(bench, "zip", files)
-    # 7z takes minutes for a gigabyte: one design is enough.
-    seven = Comparison(bench, "7z", [file for file in files if file.parent == files[0].parent])
-    return [
-        Row(
-            what=f"packing {zipped.bytes / 1e9:.2f} GB of view files",
-            against=f"zip -6; 7z a -tzip -mmt=1 on {seven.bytes / 1e9:.2f} GB of them",
-            goal=f"at least {GOAL_SPEED} times as fast as zip, archive no larger",
-            measured=f"{zipped.speed:.2f} times zip, {seven.speed:.2f} times 7z; archive "
-            f"{zipped.size:.3f} of zip's, {seven.size:.3f} of 7z's",
-            used=max(at_least(zipped.speed, GOAL_SPEED), at_most(zipped.size, GOAL_SIZE)),
-            figures={"zip": zipped.figures(), "7z": seven.figures()},
-        )
-    ]
+def check_archive(archive, readers) -> None:
+    """Only what other programs can read, checksums and all, counts."""
+    checks = [subprocess.Popen([*each, archive], stdout=subprocess.DEVNULL) for each in readers]
+    if any([check.wait() for check in checks]):
+        raise RuntimeError(f"{archive} cannot be read by all of {readers}")
+
+
+class Packings:
+    """Some files, packed by each of several commands in turns."""
+
+    def __init__(self, bench, repetitions: int, commands: dict, files: dict):
+        self.archives = {name: bench.scratch / f"{name}.zip" for name in commands}
+        self.bytes = {name: total_size(*files[name]) for name in commands}
+
+        def pack(name):
+            remove(self.archives[name])  # zip and 7z would add to it
+            # 7z keeps no folders of absolute paths; the designs have files of the same names.
+            relative = [file.relative_to(bench.scratch) for file in files[name]]
+            return bench.run(*commands[name], self.archives[name], *relative)
+
+        ways = {name: lambda name=name: pack(name) for name in commands}
+        self.runs = bench.compare(repetitions, ways)
+
+    def speed(self, name, other) -> float:
+        """In bytes a second."""
+        rates = [self.bytes[each] / median_seconds(self.runs[each]) for each in (name, other)]
+        return rates[0] / rates[1]
+
+    def size(self, name, other) -> float:
+        return total_size(self.archives[name]) / total_size(self.archives[other])
+
+    def memory(self, name, threads: int) -> float:
+        """The share of the goal."""
+        return peak_memory(self.runs[name]) / ((16 + 4 * threads) * MIB)
+
+    def elsewhere(self, threads: int) -> float:
+        """The share of all threads' time in which they do not deflate or prove: time in the
+        system, for reading and writing, and time without a processor, waiting for one another or
+        for the disk. Time in user mode counts as deflating and proving: hardly anything else is
+        done there."""
+        told = [run.told for run in self.runs[threads]]
+        return statistics.median(1 - user / (threads * wall) for wall, user, _, _ in told)
+
+
+def measure_many_files(bench):
+    files = bench.view_files
+    commands = {n: (bench.driver, "pack", "--threads", n) for n in THREADS} | {"zip": ZIP}
+    many = Packings(bench, bench.sizes.repetitions, commands, dict.fromkeys(commands, files))
+    for threads in THREADS:
+        check_archive(many.archives[threads], READERS[:1])
+    # 7z, which may use all cores as we do, takes long: the files of one design are enough.
+    few = [file for file in files if file.parent == files[0].parent]
+    commands = {"own": (bench.driver, "pack"), "7z": SEVEN}
+    seven = Packings(bench, bench.sizes.repetitions, commands, dict.fromkeys(commands, few))
+    speed, size = many.speed(2, "zip"), many.size(2, "zip")
+    yield Row(
+        f"packing {total_size(*files) / 1e9:.2f} GB in {len(files)} view files, two threads",
+        f"zip -6; 7z a -tzip on {total_size(*few) / 1e9:.2f} GB of them",
+        f"at least {GOAL_SPEED} times as fast as zip, at most {GOAL_SIZE} of its size",
+        f"{speed:.2f} times zip, {seven.speed('own', '7z'):.2f} times 7z; archive {size:.3f} of "
+        f"zip's, {seven.size('own', '7z'):.3f} of 7z's",
+        [GOAL_SPEED / speed, size / GOAL_SIZE],
+    )
+    speed = many.speed(1, "zip")
+    goal = f"at least {GOAL_ONE_THREAD} times as fast"
+    yield Row("packing, one thread", "zip -6", goal, f"{speed:.2f}", [GOAL_ONE_THREAD / speed])
+    curve = {threads: many.speed(threads, 1) for threads in THREADS}
+    peaks = ", ".join(f"{peak_memory(many.runs[threads]) / MIB:.1f}" for threads in THREADS)
+    yield Row(
+        f"packing, {', '.join(map(str, THREADS))} threads on {os.cpu_count()} cores",
+        "one thread",
+        f"two at least {GOAL_TWO_THREADS} times as fast; {GOAL_MEMORY}",
+        f"{', '.join(f'{times:.2f}' for times in curve.values())} times; {peaks} MiB",
+        [GOAL_TWO_THREADS / curve[2], *(many.memory(threads, threads) for threads in THREADS)],
+        curve,
+    )
+    elsewhere = {n: many.elsewhere(n) for n in THREADS if n <= os.cpu_count()}
+    yield Row(
+        "packing, reading, writing and waiting",
+        "the time of all threads",
+        f"under {GOAL_ELSEWHERE:.0%}",
+        ", ".join(f"{share:.1%} of {threads}" for threads, share in elsewhere.items()),
+        [max(elsewhere.values()) / GOAL_ELSEWHERE],
+    )
+
+
+def measure_large_file(bench):
+    """The same text in one file as in many: what differs is how it is cut."""
+    large = bench.write_text(bench.scratch / "large.txt", bench.sizes.large_bytes)
+    commands = dict.fromkeys(("many", "one"), (bench.driver, "pack", "--threads", 2))
+    files = {"many": bench.view_files, "one": [large]}
+    packings = Packings(bench, (bench.sizes.repetitions + 1) // 2, commands, files)
+    check_archive(packings.archives["one"], READERS)
+    remove(large, *packings.archives.values())
+    ratio = packings.speed("one", "many")
+    yield Row(
+        f"packing a file of {packings.bytes['one'] / GIB:.2f} GiB, two threads",
+        f"the same text in {len(bench.view_files)} files",
+        f"at least {GOAL_LARGE_FILE} of the bytes a second; {GOAL_MEMORY}",
+        f"{ratio:.2f} of them; {peak_memory(packings.runs['one']) / MIB:.1f} MiB; archive read "
+        "by unzip, 7z, bsdtar and Python",
+        [GOAL_LARGE_FILE / ratio, packings.memory("one", 2)],
+    )
+
+
+def interrupted_seconds(command, extracta, delay: float) -> float:
+    """From SIGINT to the end of a run that packs a large view, so many seconds into it."""
+    environment = {**os.environ, "VELTAR_EXTRACTA_PATHOVERRIDE": str(extracta)}
+    with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as run:
+        descriptors = Path(f"/proc/{run.pid}/fd")
+        while all(each.resolve().name != "diestack.txt" for each in descriptors.iterdir()):
+            time.sleep(0.005)
+        time.sleep(delay)
+        begin = time.monotonic()
+        run.send_signal(signal.SIGINT)
+        code = run.wait()
+        seconds = time.monotonic() - begin
+    if code != -signal.SIGINT:
+        raise RuntimeError(f"VelExtracta was not packing any more: it ended with {code}")
+    return seconds
+
+
+def measure_interruption(bench):
+    size = bench.sizes.interrupted_bytes
+    large = bench.write_text(bench.scratch / "large.txt", size)
+    extracta = bench.scratch / "extracta"
+    extracta.write_text(
+        f'#!/bin/sh\n"{bench.program("extracta-standin")}" "$@" || exit\n'
+        f'for last; do :; done\ncat "{large}" > "$last"\n'
+    )
+    extracta.chmod(0o755)
+    design = bench.make_design(records=1000)
+    command = [bench.program("VelExtracta"), "-z", "-cell", design, bench.scratch / "out.vlx"]
+    chosen = random.Random(1)
+    longest = size / (400 * MIB)  # well within the packing
+    delays = [chosen.uniform(0.05, longest) for _ in range(INTERRUPTIONS)]
+    seconds = [interrupted_seconds(command, extracta, delay) for delay in delays]
+    remove(large)
+    yield Row(
+        f"interruption while packing a file of {size / GIB:.3g} GiB",
+        "SIGINT to the end of the process",
+        f"under {GOAL_INTERRUPTION} s",
+        f"{max(seconds):.3f} s at most of {INTERRUPTIONS}, median {statistics.median(seconds):.3f}",
+        [max(seconds) / GOAL_INTERRUPTION],
+    )

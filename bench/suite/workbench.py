@@ -1,40 +1,139 @@
-"""Where things are while the suite runs: programs, scratch directory, sizes."""
+"""Where things are while the suite runs, how commands are timed, and what they are fed with."""
 
+import dataclasses
+import functools
+import itertools
+import os
 import shutil
+import statistics
+import subprocess
+import time
 from pathlib import Path
 
-from suite.measure import Launcher
-from suite.sizes import Sizes
+MIB, GIB = 1 << 20, 1 << 30
+
+
+@dataclasses.dataclass(frozen=True)
+class Sizes:
+    packing_bytes: int
+    packing_records: int  # connectivity records of each design whose views are packed
+    large_bytes: int  # packed as one file, and merged from pieces
+    interrupted_bytes: int  # packed as one file when the interruption comes
+    survey_records: int
+    children: int
+    idle_milliseconds: int
+    startups: int
+    whole_run_records: int
+    repetitions: int  # of what takes long
+    disk_bytes: int  # at the peak, with some room
+
+
+FULL = Sizes(10**9, 300_000, 4 * GIB, GIB, 10**7, 200, 10_000, 30, 10**6, 3, 12 * GIB)
+QUICK = Sizes(4 * 10**7, 30_000, 256 * MIB, 256 * MIB, 10**6, 40, 2_000, 10, 30_000, 1, 2 * GIB)
+
+
+@dataclasses.dataclass(frozen=True)
+class Sample:
+    began: int  # nanoseconds of the monotonic clock
+    seconds: float
+    lines: list[str]
+
+    @property
+    def told(self) -> list[float]:
+        """By the driver of itself: seconds, those of the processor, in user mode and in the
+        system, and bytes at the peak."""
+        return [float(word) for word in self.lines[-1].split()]
 
 
 class Workbench:
-    def __init__(self, programs: Path, scratch: Path, sizes: Sizes):
-        self.programs = programs
-        self.scratch = scratch
-        self.sizes = sizes
-        self.launcher = Launcher(self.program("bench-spawn"), scratch)
+    def __init__(self, build: Path, scratch: Path, sizes: Sizes):
+        self.build, self.scratch, self.sizes = build, scratch, sizes
+        self.driver = self.program("bench-driver")
+        self.standin = {"VELTAR_EXTRACTA_PATHOVERRIDE": str(self.program("extracta-standin"))}
+        self.runs: list[dict] = []  # every single result of every comparison
 
     def program(self, name: str) -> Path:
-        return self.programs / name
+        return self.build / "bin" / name
 
-    @staticmethod
-    def installed(name: str) -> str:
-        path = shutil.which(name)
-        if path is None:
-            raise FileNotFoundError(f"the program {name} is not installed")
-        return path
+    def run(self, *command, **environment: str) -> Sample:
+        """In the scratch directory. A command that fails ends the suite."""
+        words = [str(word) for word in command]
+        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE}
+        environment = {**os.environ, **environment}
+        began = time.monotonic_ns()
+        run = subprocess.run(words, cwd=self.scratch, env=environment, check=True, **streams)
+        seconds = (time.monotonic_ns() - began) / 1e9
+        return Sample(began, seconds, run.stdout.decode(errors="replace").splitlines())
 
-    def run(self, *command, **options):
-        return self.launcher.run(command, **options)
+    def compare(self, repetitions: int, measurements: dict) -> dict:
+        """The list of results of each command, or function. Each is taken in every round, so that
+        whatever else the machine does meets all of them alike; the order turns with each round."""
+        results: dict = {name: [] for name in measurements}
+        for turn in range(repetitions):
+            for name in list(measurements)[:: -1 if turn % 2 else 1]:
+                # What one measurement has left to be written must not slow down the next.
+                os.sync()
+                measure = measurements[name]
+                results[name].append(measure() if callable(measure) else self.run(*measure))
+        self.runs.append(results)
+        return results
 
     def fresh_directory(self, name: str) -> Path:
-        directory = self.scratch / name
-        self.remove(directory)
-        directory.mkdir()
-        return directory
+        remove(self.scratch / name)
+        (self.scratch / name).mkdir()
+        return self.scratch / name
 
-    @staticmethod
-    def remove(path: Path) -> None:
+    def hardware_threads(self, number: int) -> dict:
+        """Lets the program see a machine with that many."""
+        library = self.build / "tests/endtoend/libhardware_threads.so"
+        return {"LD_PRELOAD": str(library), "HARDWARE_THREADS": str(number)}
+
+    def make_design(self, records: int, nets: int = 200, seed: int = 1) -> Path:
+        """The only one that there is at a time."""
+        design = self.scratch / "design.mcm"
+        options = ("--records", records, "--nets", nets, "--seed", seed)
+        self.run(self.program("make-design"), *options, design)
+        return design
+
+    def extract_views(self, name: str, records: int, seed: int = 1) -> list[Path]:
+        """All files that a default run on a made design leaves for packing."""
+        command = (self.program("VelExtracta"), self.make_design(records, seed=seed))
+        target = self.fresh_directory(name)
+        self.run(*command, target, **self.standin, **self.hardware_threads(4))
+        return sorted(target.iterdir())
+
+    @functools.cached_property
+    def view_files(self) -> list[Path]:
+        """Those of as many designs as make up the bytes that are packed."""
+        files: list[Path] = []
+        for seed in itertools.count(1):
+            files += self.extract_views(f"views{seed}", self.sizes.packing_records, seed)
+            if total_size(*files) >= self.sizes.packing_bytes:
+                return files
+
+    def write_text(self, path: Path, size: int) -> Path:
+        """The view files, one after the other and over again, until the size is reached."""
+        with path.open("wb") as target:
+            for file in itertools.cycle(self.view_files):
+                target.write(file.read_bytes()[: size - target.tell()])
+                if target.tell() == size:
+                    return path
+
+
+def median_seconds(samples) -> float:
+    return statistics.median(sample.seconds for sample in samples)
+
+
+def peak_memory(samples) -> float:
+    return max(sample.told[3] for sample in samples)
+
+
+def total_size(*files: Path) -> int:
+    return sum(file.stat().st_size for file in files)
+
+
+def remove(*paths: Path) -> None:
+    for path in paths:
         if path.is_dir():
             shutil.rmtree(path)
         else:

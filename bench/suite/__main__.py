@@ -1,0 +1,58 @@
+"""Measures the product beside what one would otherwise reach for and prints one table.
+
+The table also goes to result.json, result.md and result.svg in the results directory. Inputs are
+made in a temporary directory below it, which is removed in the end.
+"""
+
+import argparse
+import shutil
+import signal
+import sys
+import tempfile
+from pathlib import Path
+
+import packing
+import report
+import running
+import texts
+from workbench import FULL, QUICK, Workbench
+
+ROOT = Path(__file__).resolve().parents[2]
+PARTS = {
+    "packing": packing.measure_many_files,
+    "large-file": packing.measure_large_file,
+    "interruption": packing.measure_interruption,
+    "merge": texts.measure_merge,
+    "survey": texts.measure_survey,
+    "scheduling": running.measure_scheduling,
+    "idle": running.measure_idle,
+    "startup": running.measure_startup,
+    "whole-run": running.measure_whole_run,
+}
+
+parser = argparse.ArgumentParser(prog="bench/run", description=__doc__.splitlines()[0])
+parser.add_argument("--quick", action="store_true", help="small inputs, no verdicts")
+parser.add_argument("--only", choices=PARTS, nargs="+", help="measure only these parts")
+parser.add_argument("--results", type=Path, metavar="DIRECTORY", default=ROOT / "build/bench")
+arguments = parser.parse_args()
+signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))  # removes the inputs
+
+sizes = QUICK if arguments.quick else FULL
+results = arguments.results.resolve()
+results.mkdir(parents=True, exist_ok=True)
+if (free := shutil.disk_usage(results).free) < sizes.disk_bytes:
+    sys.exit(f"{results}: {sizes.disk_bytes >> 30} GiB are needed, {free >> 30} GiB are free")
+machine = report.describe_machine()
+rows: list[report.Row] = []
+with tempfile.TemporaryDirectory(prefix="inputs-", dir=results) as scratch:
+    bench = Workbench(ROOT / "build/release", Path(scratch), sizes)
+    for part in arguments.only or PARTS:
+        print(f"measuring: {part}", file=sys.stderr, flush=True)
+        for row in PARTS[part](bench):
+            if arguments.quick:
+                row.used = []  # small inputs tell that everything works, and nothing else
+            rows.append(row)
+        # Kept whatever comes of the parts after it.
+        report.write(results, machine, sizes, rows, bench.runs)
+print(*(f"{name}: {value}" for name, value in machine.items()), sep="\n", end="\n\n")
+print(report.table(rows, "simple"))

@@ -11,7 +11,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 class ReplacementFileTest : public testing::Test {
 protected:

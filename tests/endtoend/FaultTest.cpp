@@ -148,9 +148,9 @@ std::vector<Fault::Row> Fault::rows() {
         {"headerOnly", kDefault, "connnets.txt parsing failed", standin("connnets=header-only")},
         {"bareLineFeeds", kDefault, "txt parsing failed", standin("connnets=bare-line-feeds")},
         {"noNetNames", kDefault, "connnets.txt has no NET_NAME column",
-         survey("A!NET!\\r\\nJ!x!\\r\\nS!GND!\\r\\n")},
+         survey(R"(A!NET!\r\nJ!x!\r\nS!GND!\r\n)")},
         {"shortRow", kDefault, " is too short for its NET_NAME column",
-         survey("A!X!NET_NAME!\\r\\nJ!x!\\r\\nS!GND\\r\\n")},
+         survey(R"(A!X!NET_NAME!\r\nJ!x!\r\nS!GND\r\n)")},
         {"noPiece", kDefault, "MP failed to open file /", standin("conn1=no-output")},
         // ... or what cannot be read.
         {"surveyReadError", kDefault, "Could not open file: ", readFails("/connnets.txt")},

@@ -6,5 +6,5 @@
 
 unsigned boost::thread::hardware_concurrency() noexcept {
     const char* threads = std::getenv("HARDWARE_THREADS");
-    return threads == nullptr ? 0 : static_cast<unsigned>(std::atoi(threads));
+    return threads == nullptr ? 0 : static_cast<unsigned>(std::strtoul(threads, nullptr, 10));
 }

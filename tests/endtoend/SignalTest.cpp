@@ -5,8 +5,6 @@
 
 #include "endtoend/EndToEnd.h"
 
-namespace fs = std::filesystem;
-
 namespace {
 
 class Signal : public EndToEnd {

@@ -22,7 +22,8 @@ std::uint32_t nthSetBitByCounting(std::uint32_t value, std::uint32_t n) {
 TEST(BitUtilities, findsTheNthSetBit) {
     std::mt19937 random(1);
     for (int trial = 0; trial < 20'000; ++trial) {
-        const std::uint32_t value = random() & random();
+        std::uint32_t value = random();
+        value &= random();
         for (std::uint32_t n = 0; n < 32; ++n) {
             ASSERT_EQ(NthSetBit<32>(value, n), nthSetBitByCounting(value, n)) << value << " " << n;
         }

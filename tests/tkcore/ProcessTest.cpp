@@ -83,7 +83,8 @@ TEST_F(Process, reportsHowItEnded) {
 }
 
 TEST_F(Process, isLookedUpAlongPathOnly) {
-    const std::string oldPath = std::getenv("PATH");
+    const char* path = std::getenv("PATH");
+    const std::string oldPath = path == nullptr ? "" : path;
     fs::create_directory(directory / "bin");
     fs::create_directory(directory / "other");
     writeScript(directory / "bin/tool", "echo found\n");

@@ -85,7 +85,7 @@ class Workbench:
 
     def hardware_threads(self, number: int) -> dict:
         """Lets the program see a machine with that many."""
-        library = self.build / "tests/endtoend/libhardware_threads.so"
+        library = self.build / "tests/endtoend/libsystem_calls.so"
         return {"LD_PRELOAD": str(library), "HARDWARE_THREADS": str(number)}
 
     def make_design(self, records: int, nets: int = 200, seed: int = 1) -> Path:

@@ -28,7 +28,8 @@ const void* outcomeValue(const AString& path) {
 /// Where the working directory goes: into the output directory if there is one, else beside the
 /// design file.
 AString workingDirectoryBase(const fs::path& designPath, const fs::path& outputPath) {
-    return tkcore::isDirectory(outputPath) ? outputPath.string() : designPath.parent_path().string();
+    return tkcore::isDirectory(outputPath) ? outputPath.string()
+                                           : designPath.parent_path().string();
 }
 
 bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {

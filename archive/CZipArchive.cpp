@@ -19,10 +19,8 @@ namespace {
 constexpr int kLevelOfDefault = 5;
 constexpr int kHighestLevel = 9;
 
-PieceLine deflating(Original& original, int level, unsigned threads) {
-    return {[&original](std::span<std::byte> room) { return original.read(room); },
-            [&original, level] { return std::make_unique<PieceDeflater>(original.path(), level); },
-            threads};
+PieceLine::Read reading(Original& original) {
+    return [&original](std::span<std::byte> room) { return original.read(room); };
 }
 
 ZipMethod methodFor(std::uint64_t deflatedSize, std::uint64_t originalSize) {
@@ -35,17 +33,11 @@ bool shrinksALot(const Piece& piece) {
     return piece.deflated.size() < piece.original.size() / 8 * 7;
 }
 
-void throwIfInterrupted() {
-    if (tkcore::interruption() != 0) {
-        throw std::runtime_error("interrupted");
-    }
-}
-
 ZipMethod methodForAll(PieceLine& line, const Piece* first) {
     std::uint64_t deflatedSize = 0;
     std::uint64_t originalSize = 0;
     for (const Piece* piece = first; piece != nullptr; piece = line.next()) {
-        throwIfInterrupted();
+        tkcore::throwIfInterrupted();
         deflatedSize += piece->deflated.size();
         originalSize += piece->original.size();
     }
@@ -53,6 +45,8 @@ ZipMethod methodForAll(PieceLine& line, const Piece* first) {
 }
 
 }  // namespace
+
+CZipArchive::CZipArchive(unsigned threadCount) : threads(threadCount) {}
 
 CZipArchive::~CZipArchive() = default;
 
@@ -74,7 +68,7 @@ void CZipArchive::Open(const std::string& path, int mode, int volumeSize) {
 bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, int /*smartness*/,
                              unsigned long /*bufferSize*/) {
     try {
-        throwIfInterrupted();
+        tkcore::throwIfInterrupted();
         openContainer();
         Original original(path);
         const tkcore::InputFile& file = original.file();
@@ -86,6 +80,9 @@ bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, 
             entry.name += '/';
         }
         addFile(entry, original, level < 0 ? kLevelOfDefault : std::min(level, kHighestLevel));
+    } catch (const UnprovedPiece& failure) {
+        container.reset();
+        throw std::runtime_error("cannot pack " + path + ": " + failure.what());
     } catch (...) {
         container.reset();
         throw;
@@ -106,7 +103,7 @@ void CZipArchive::Close(int afterException, bool updateTimeStamp) {
 void CZipArchive::addFile(const ZipEntry& entry, Original& original, int level) {
     ZipMethod method = ZipMethod::kStored;
     if (level > 0) {
-        PieceLine line = deflating(original, level, threads);
+        PieceLine line(reading(original), toolsFor(level));
         const Piece* first = line.next();
         const bool isAll = original.file().size() <= Piece::kMostBytes;
         if (first != nullptr && (isAll || shrinksALot(*first))) {
@@ -119,7 +116,7 @@ void CZipArchive::addFile(const ZipEntry& entry, Original& original, int level) 
     if (method == ZipMethod::kStored) {
         return addStored(entry, original);
     }
-    PieceLine line = deflating(original, level, threads);
+    PieceLine line(reading(original), toolsFor(level));
     addPieces(entry, method, original, line, line.next());
 }
 
@@ -146,11 +143,20 @@ void CZipArchive::addStored(const ZipEntry& entry, Original& original) {
 }
 
 void CZipArchive::write(std::span<const std::byte> bytes, std::size_t originalSize) {
-    throwIfInterrupted();
+    tkcore::throwIfInterrupted();
     container->write(bytes);
     if (progress) {
         progress(originalSize);
     }
+}
+
+PieceTools& CZipArchive::toolsFor(int level) {
+    if (!tools || toolsLevel != level) {
+        tools = std::make_unique<PieceTools>(
+            [level] { return std::make_unique<PieceDeflater>(level); }, threads);
+        toolsLevel = level;
+    }
+    return *tools;
 }
 
 ZipContainer& CZipArchive::openContainer() {

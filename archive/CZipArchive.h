@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,11 +15,12 @@ namespace velextracta {
 
 class Original;
 class PieceLine;
+class PieceTools;
 struct Piece;
 
 /// A new zip archive, at its path only once Close() has succeeded. Every failure is thrown and
 /// names the path it is about; a failure of AddNewFile() abandons the archive. A request to end
-/// the program (tkcore::interruption()) makes AddNewFile() fail with "interrupted".
+/// the program makes AddNewFile() fail with tkcore::Interrupted.
 ///
 /// A file is deflated in pieces, on as many threads as are asked for, the caller's included; the
 /// others have ended when AddNewFile() returns. The archive does not depend on their number.
@@ -29,7 +31,7 @@ public:
     static constexpr int kSafeSmartness = 7;
     static constexpr int kNormalClose = 0;
 
-    explicit CZipArchive(unsigned threadCount = tkcore::hardwareThreads()) : threads(threadCount) {}
+    explicit CZipArchive(unsigned threadCount = tkcore::hardwareThreads());
     ~CZipArchive();
 
     CZipArchive(const CZipArchive&) = delete;
@@ -57,9 +59,13 @@ private:
                    const Piece* first);
     void addStored(const ZipEntry& entry, Original& original);
     void write(std::span<const std::byte> bytes, std::size_t originalSize);
+    /// To deflate with at this level; kept for as long as it stays the same.
+    PieceTools& toolsFor(int level);
     ZipContainer& openContainer();
 
     unsigned threads;
+    int toolsLevel = 0;
+    std::unique_ptr<PieceTools> tools;
     std::function<void(std::uint64_t)> progress;
     std::optional<ZipContainer> container;
 };

@@ -9,7 +9,7 @@ namespace velextracta {
 
 /// A stretch of a file on its way into an archive.
 struct Piece {
-    static constexpr std::size_t kMostBytes = std::size_t{256} << 10U;
+    static constexpr std::size_t kMostBytes = std::size_t{144} << 10U;
 
     /// Takes the memory at the first call.
     std::span<std::byte> room() {

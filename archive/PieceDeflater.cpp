@@ -115,9 +115,8 @@ bool PieceJoiner::isProved(std::span<const std::byte> deflated,
            std::memcmp(inflated.data(), original.data(), original.size()) == 0;
 }
 
-PieceDeflater::PieceDeflater(std::string filePath, int level)
-    : path(std::move(filePath)),
-      compressor(libdeflate_alloc_compressor(level), libdeflate_free_compressor) {
+PieceDeflater::PieceDeflater(int level)
+    : compressor(libdeflate_alloc_compressor(level), libdeflate_free_compressor) {
     if (!compressor) {
         throw std::bad_alloc();
     }
@@ -129,8 +128,7 @@ void PieceDeflater::work(Piece& piece) {
         compressor.get(), piece.original.data(), piece.original.size(), room.data(), room.size());
     piece.deflated.assign(room.data(), room.data() + size);
     if (!joiner.leaveOpen(piece.deflated, piece.original)) {
-        throw std::runtime_error("cannot pack " + path +
-                                 ": what was deflated does not inflate to the same bytes");
+        throw UnprovedPiece();
     }
 }
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <span>
-#include <string>
+#include <stdexcept>
 #include <vector>
 
 #include "archive/Piece.h"
@@ -34,15 +34,20 @@ private:
     std::vector<std::byte> inflated;
 };
 
-/// Deflates pieces of the file at a level from 1 to 9 (smallest). Throws if one does not prove.
+/// What was deflated does not inflate to the same bytes.
+class UnprovedPiece final : public std::runtime_error {
+public:
+    UnprovedPiece() : std::runtime_error("what was deflated does not inflate to the same bytes") {}
+};
+
+/// Deflates pieces at a level from 1 to 9 (smallest). Throws UnprovedPiece if one does not prove.
 class PieceDeflater final : public PieceWorker {
 public:
-    PieceDeflater(std::string filePath, int level);
+    explicit PieceDeflater(int level);
 
     void work(Piece& piece) override;
 
 private:
-    std::string path;
     std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor;
     std::vector<std::byte> room;
     PieceJoiner joiner;

@@ -8,13 +8,23 @@
 
 namespace velextracta {
 
-PieceLine::PieceLine(Read readBytes, MakeWorker makeWorker, unsigned threadCount)
-    : read(std::move(readBytes)),
-      make(std::move(makeWorker)),
+PieceTools::PieceTools(MakeWorker makeWorker, unsigned threadCount)
+    : make(std::move(makeWorker)),
       mostThreads(std::max(threadCount, 1U) - 1),
-      places(2 * (mostThreads + 1)) {
-    workers.push_back(make());
-    threads.reserve(mostThreads);  // a thread that then found no place would be waited for in vain
+      places(2 * (mostThreads + 1)) {}
+
+PieceWorker& PieceTools::worker(std::size_t number) {
+    if (number == workers.size()) {
+        workers.push_back(make());
+    }
+    return *workers[number];
+}
+
+PieceLine::PieceLine(Read readBytes, PieceTools& pieceTools)
+    : read(std::move(readBytes)), tools(pieceTools) {
+    tools.worker(0);
+    // A thread that then found no place would be waited for in vain.
+    threads.reserve(tools.mostThreads);
 }
 
 PieceLine::~PieceLine() {
@@ -35,7 +45,7 @@ const Piece* PieceLine::next() {
         std::unique_lock lock(mutex);
         while (!oldest.isDone) {
             if (claimed < given) {
-                workOnOne(lock, *workers.front());
+                workOnOne(lock, tools.worker(0));
             } else {
                 pieceDone.wait(lock);
             }
@@ -49,11 +59,12 @@ const Piece* PieceLine::next() {
 }
 
 void PieceLine::readAhead() {
-    while (!isAtEnd && given - taken < places.size()) {
+    while (!isAtEnd && given - taken < tools.places.size()) {
         Place& place = placeOf(given);
         const std::span room = place.piece.room();
         place.piece.original = room.first(read(room));
         place.isDone = false;
+        place.failure = nullptr;
         isAtEnd = place.piece.original.size() < room.size();
         if (place.piece.original.empty()) {
             return;
@@ -64,19 +75,18 @@ void PieceLine::readAhead() {
         }
         pieceGiven.notify_one();
         // The first piece is left to the caller.
-        if (threads.size() < std::min<std::uint64_t>(mostThreads, given - 1)) {
+        if (threads.size() < std::min<std::uint64_t>(tools.mostThreads, given - 1)) {
             startThread();
         }
     }
 }
 
 void PieceLine::startThread() {
-    workers.push_back(make());
+    PieceWorker& worker = tools.worker(threads.size() + 1);
     try {
-        threads.push_back(tkcore::startQuietThread(
-            [this, &worker = *workers.back()] { workUntilStopped(worker); }));
+        threads.push_back(tkcore::startQuietThread([this, &worker] { workUntilStopped(worker); }));
     } catch (const std::system_error&) {
-        mostThreads = threads.size();  // those that run do the work
+        tools.mostThreads = threads.size();  // those that run do the work
     }
 }
 

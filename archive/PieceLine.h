@@ -15,6 +15,33 @@
 
 namespace velextracta {
 
+/// What lines work with: room for pieces, and workers. Whoever packs several files keeps it from
+/// one to the next, since getting it takes as long as packing a small file.
+class PieceTools final {
+public:
+    using MakeWorker = std::function<std::unique_ptr<PieceWorker>()>;
+
+    /// The worker of each thread is made when it is first needed. The number of threads includes
+    /// the caller's.
+    PieceTools(MakeWorker makeWorker, unsigned threadCount);
+
+private:
+    friend class PieceLine;
+
+    struct Place {
+        Piece piece;
+        bool isDone = false;
+        std::exception_ptr failure;
+    };
+
+    PieceWorker& worker(std::size_t number);
+
+    MakeWorker make;
+    std::size_t mostThreads;                            // beside the caller's
+    std::vector<std::unique_ptr<PieceWorker>> workers;  // the caller's first
+    std::vector<Place> places;
+};
+
 /// Cuts a file into pieces, has them worked on side by side and hands them back in their order.
 /// Memory is bounded: two pieces for each thread. Reading is the caller's, who also takes part in
 /// the work, so that it gets done however few threads can be started. Threads are started as pieces
@@ -23,11 +50,9 @@ class PieceLine final {
 public:
     /// Fills the buffer from where the last call ended; less than that is the end.
     using Read = std::function<std::size_t(std::span<std::byte>)>;
-    /// Called by the caller's thread, once for each thread.
-    using MakeWorker = std::function<std::unique_ptr<PieceWorker>()>;
 
-    /// The number of threads includes the caller's.
-    PieceLine(Read readBytes, MakeWorker makeWorker, unsigned threadCount);
+    /// Only one line at a time works with the tools.
+    PieceLine(Read readBytes, PieceTools& pieceTools);
     ~PieceLine();
 
     PieceLine(const PieceLine&) = delete;
@@ -38,22 +63,16 @@ public:
     const Piece* next();
 
 private:
-    struct Place {
-        Piece piece;
-        bool isDone = false;
-        std::exception_ptr failure;
-    };
+    using Place = PieceTools::Place;
 
-    Place& placeOf(std::uint64_t number) { return places[number % places.size()]; }
+    Place& placeOf(std::uint64_t number) { return tools.places[number % tools.places.size()]; }
     void readAhead();
     void startThread();
     void workUntilStopped(PieceWorker& worker);
     void workOnOne(std::unique_lock<std::mutex>& lock, PieceWorker& worker);
 
     Read read;
-    MakeWorker make;
-    std::size_t mostThreads;                            // beside the caller's
-    std::vector<std::unique_ptr<PieceWorker>> workers;  // the caller's first
+    PieceTools& tools;
     bool isAtEnd = false;
     std::uint64_t taken = 0;  // numbers of pieces
 
@@ -63,7 +82,6 @@ private:
     std::uint64_t given = 0;
     std::uint64_t claimed = 0;
     bool isStopped = false;
-    std::vector<Place> places;
 
     std::vector<std::jthread> threads;  // the last member: none outlives what it uses
 };

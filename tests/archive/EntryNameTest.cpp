@@ -5,7 +5,7 @@
 namespace velextracta {
 namespace {
 
-TEST(EntryName, ItKeepsThePathWithoutWhatLeadsOutOfAFolder) {
+TEST(EntryName, keepsThePathWithoutWhatLeadsOutOfAFolder) {
     struct Case {
         const char* path;
         const char* fullName;

@@ -16,7 +16,7 @@ std::vector<std::byte> deflate(std::span<const std::byte> original) {
     return deflated;
 }
 
-TEST(PieceJoiner, ItLetsNoDamagePass) {
+TEST(PieceJoiner, letsNoDamagePass) {
     PieceJoiner joiner;
     const std::string texts[] = {viewText(3000), viewText(40000) + randomBytes(40000)};
     for (const std::string& text : texts) {

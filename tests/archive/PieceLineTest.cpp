@@ -41,13 +41,13 @@ protected:
             return piecesRead++ == pieces ? 0 : room.size();
         };
         workersMade = 0;
-        PieceLine line(
-            read,
+        PieceTools tools(
             [&] {
                 ++workersMade;
                 return std::make_unique<Worker>(action);
             },
             threads);
+        PieceLine line(read, tools);
         std::vector<int> found;
         while (const Piece* piece = line.next()) {
             found.push_back(std::to_integer<int>(piece->original[0]));
@@ -63,7 +63,7 @@ protected:
     int workersMade = 0;
 };
 
-TEST_F(PieceLineTest, ItKeepsTheOrderHoweverLongThePiecesTake) {
+TEST_F(PieceLineTest, keepsTheOrderHoweverLongThePiecesTake) {
     for (const unsigned threads : {0, 1, 2, 7}) {
         for (const int pieces : {0, 1, 2, 3, 60}) {
             const auto work = [](Piece& piece) {
@@ -76,7 +76,7 @@ TEST_F(PieceLineTest, ItKeepsTheOrderHoweverLongThePiecesTake) {
     }
 }
 
-TEST_F(PieceLineTest, ItWorksOnAsManyThreadsAsAreAskedForThatNoSignalInterrupts) {
+TEST_F(PieceLineTest, worksOnAsManyThreadsAsAreAskedForThatNoSignalInterrupts) {
     const auto caller = std::this_thread::get_id();
     std::atomic<int> working = 0;
     std::atomic<int> disturbed = 0;
@@ -96,7 +96,7 @@ TEST_F(PieceLineTest, ItWorksOnAsManyThreadsAsAreAskedForThatNoSignalInterrupts)
     EXPECT_EQ(workersMade, 3);
 }
 
-TEST_F(PieceLineTest, ItHandsAFailureOfAnyThreadOnAndLeavesNoThread) {
+TEST_F(PieceLineTest, handsAFailureOfAnyThreadOnAndLeavesNoThread) {
     for (int failing = 0; failing < 12; ++failing) {
         const auto work = [&](Piece& piece) {
             if (std::to_integer<int>(piece.original[0]) == failing) {
@@ -108,7 +108,7 @@ TEST_F(PieceLineTest, ItHandsAFailureOfAnyThreadOnAndLeavesNoThread) {
     }
 }
 
-TEST_F(PieceLineTest, ItHandsAFailureToReadOrToMakeAWorkerOnAndLeavesNoThread) {
+TEST_F(PieceLineTest, handsAFailureToReadOrToMakeAWorkerOnAndLeavesNoThread) {
     const auto drain = [](int pieceThatFails, int workerThatFails) {
         int pieces = 0;
         int workers = 0;
@@ -119,7 +119,8 @@ TEST_F(PieceLineTest, ItHandsAFailureToReadOrToMakeAWorkerOnAndLeavesNoThread) {
             return workers++ == workerThatFails ? throw std::runtime_error("make")
                                                 : std::make_unique<Worker>([](Piece&) {});
         };
-        PieceLine line(read, make, 3);
+        PieceTools tools(make, 3);
+        PieceLine line(read, tools);
         while (line.next() != nullptr) {
         }
     };

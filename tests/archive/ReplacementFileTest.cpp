@@ -43,7 +43,7 @@ protected:
     TemporaryDirectory folder;
 };
 
-TEST_F(ReplacementFileTest, ItLeavesTheOlderFileAndNoTraceWithoutCommit) {
+TEST_F(ReplacementFileTest, leavesTheOlderFileAndNoTraceWithoutCommit) {
     writeFile(folder / "out", "old");
     const std::string text(3 << 20, 'x');
     ReplacementFile(folder / "out").write(text.data(), text.size());
@@ -51,7 +51,7 @@ TEST_F(ReplacementFileTest, ItLeavesTheOlderFileAndNoTraceWithoutCommit) {
     EXPECT_THAT(names(), ElementsAre("out"));
 }
 
-TEST_F(ReplacementFileTest, ItReplacesAnOlderFileAndKeepsItsMode) {
+TEST_F(ReplacementFileTest, replacesAnOlderFileAndKeepsItsMode) {
     const std::string longestName(255, 'n');
     const mode_t olderMask = umask(027);
     replace(folder / longestName, "old and longer");
@@ -64,7 +64,7 @@ TEST_F(ReplacementFileTest, ItReplacesAnOlderFileAndKeepsItsMode) {
     EXPECT_THAT(names(), ElementsAre(longestName));
 }
 
-TEST_F(ReplacementFileTest, ItFollowsLinksToAFileOrToNone) {
+TEST_F(ReplacementFileTest, followsLinksToAFileOrToNone) {
     fs::create_directory(folder / "there");
     writeFile(folder / "there/old", "old");
     fs::create_symlink("there/old", folder / "link");
@@ -77,7 +77,7 @@ TEST_F(ReplacementFileTest, ItFollowsLinksToAFileOrToNone) {
     EXPECT_TRUE(fs::is_symlink(folder / "link") && fs::is_symlink(folder / "dangling"));
 }
 
-TEST_F(ReplacementFileTest, ItRefusesWhatItCannotReplace) {
+TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
     fs::create_symlink("circle", folder / "circle");
     expectFailure(folder.path(), std::errc::is_a_directory);

@@ -55,8 +55,7 @@ public:
         rusage usage{};
         wait4(std::exchange(process, 0), &status, 0, &usage);
         return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status),
-                readFile(streams / "output"), readFile(streams / "errors"),
-                usage.ru_maxrss * 1024};
+                readFile(streams / "output"), readFile(streams / "errors"), usage.ru_maxrss * 1024};
     }
 
 private:

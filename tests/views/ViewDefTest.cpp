@@ -97,7 +97,8 @@ TEST(ViewDefinition, hasNoOtherClassesThanThoseOfOneNet) {
 }
 
 TEST(ViewDefinition, refusesATypeOutsideTheCatalogue) {
-    EXPECT_THROW(ExtractaViewDef(static_cast<ViewType>(kViewTypeCount), {}, false), std::out_of_range);
+    EXPECT_THROW(ExtractaViewDef(static_cast<ViewType>(kViewTypeCount), {}, false),
+                 std::out_of_range);
 }
 
 }  // namespace

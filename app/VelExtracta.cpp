@@ -7,12 +7,11 @@
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ActiveView.h"
 
 namespace {
-
-namespace fs = boost::filesystem;
 
 using tkcore::AString;
 using namespace velextracta;
@@ -27,9 +26,10 @@ const void* outcomeValue(const AString& path) {
 
 /// Where the working directory goes: into the output directory if there is one, else beside the
 /// design file.
-AString workingDirectoryBase(const fs::path& designPath, const fs::path& outputPath) {
-    return tkcore::isDirectory(outputPath) ? outputPath.string()
-                                           : designPath.parent_path().string();
+AString workingDirectoryBase(const AString& designPath, const AString& outputPath) {
+    return tkcore::isDirectory(tkcore::toPath(outputPath))
+               ? outputPath
+               : tkcore::pathText(tkcore::toPath(designPath).parent_path());
 }
 
 bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {
@@ -45,8 +45,7 @@ bool package(ExtractaExecutor& executor, const CommandLine& options, const AStri
 int run(const CommandLine& options, const AString& designPath, const AString& outputPath) {
     ExtractaExecutor executor;
     std::vector<ActiveView> activeViews;
-    const AString base =
-        workingDirectoryBase(tkcore::VEL_ANSI(designPath), tkcore::VEL_ANSI(outputPath));
+    const AString base = workingDirectoryBase(designPath, outputPath);
     const ViewSet& views = options.standardViews ? kStandardViews : kCellViews;
     if (!executor.createExtractaViews(designPath, base, views, options.nets, activeViews)) {
         VEL_ASSERT(kSource, !"view creation failed");
@@ -76,7 +75,7 @@ int main(int argc, char* argv[]) {
     const CommandLine options = scanCommandLine(argc, argv);
     const AString designPath(argv[argc - 2]);
     const AString outputPath(argv[argc - 1]);
-    if (!tkcore::isThere(argv[argc - 2])) {
+    if (!tkcore::isThere(tkcore::toPath(designPath))) {
         tkcore::VelDebug(0, "error: there is no design %s", designPath);
         VEL_ASSERT(kSource, !"mcm file does not exist");
         std::cerr << "mcm file does not exist: " << outcomeValue(designPath) << '\n';

@@ -4,6 +4,8 @@
 
 #include "tkcore/CodePage.h"
 
+#include "tkcore/Path.h"
+
 namespace velextracta {
 
 namespace {
@@ -22,7 +24,9 @@ bool startsWithDrive(std::string_view path) {
 
 }  // namespace
 
-std::string entryName(std::string_view path, bool fullPath) {
+std::string entryName(std::string_view givenPath, bool fullPath) {
+    const std::string portable = tkcore::portablePath(std::string(givenPath));
+    std::string_view path = portable;
     if (startsWithDrive(path)) {
         path.remove_prefix(2);
     }

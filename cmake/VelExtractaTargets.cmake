@@ -13,23 +13,50 @@ if(VELEXTRACTA_SANITIZE)
     target_link_options(velextracta_settings INTERFACE -fsanitize=${VELEXTRACTA_SANITIZE})
 endif()
 
+if(WIN32)
+    # Reported inside the standard library by the compiler for Windows.
+    target_compile_options(velextracta_settings INTERFACE -Wno-maybe-uninitialized)
+endif()
+
 if(VELEXTRACTA_FUZZ)
     # Coverage is watched in all of our code; only a fuzzer itself brings the engine.
     target_compile_options(velextracta_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # A folder of the product: one static library, its headers named from the root ("tkcore/AString.h").
+# Of each pair X.posix.cpp and X.windows.cpp, named X in PAIRS, the one for this system.
 function(velextracta_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
-    add_library(${name} STATIC ${ARG_SOURCES})
+    cmake_parse_arguments(ARG "" "" "SOURCES;PAIRS;LIBRARIES" ${ARGN})
+    if(WIN32)
+        list(TRANSFORM ARG_PAIRS APPEND .windows.cpp)
+    else()
+        list(TRANSFORM ARG_PAIRS APPEND .posix.cpp)
+    endif()
+    add_library(${name} STATIC ${ARG_SOURCES} ${ARG_PAIRS})
     target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC velextracta_settings ${ARG_LIBRARIES})
 endfunction()
 
 function(velextracta_program name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(ARG "" "DESCRIPTION" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE velextracta_settings ${ARG_LIBRARIES})
+    if(WIN32)
+        velextracta_resources(${name} "${ARG_DESCRIPTION}")
+    endif()
+endfunction()
+
+# What Windows wants to know of a program: its manifest and its version.
+function(velextracta_resources program description)
+    foreach(kind manifest rc)
+        configure_file(${CMAKE_SOURCE_DIR}/packaging/windows/program.${kind} ${program}.${kind} @ONLY)
+    endforeach()
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/${program}.rc)
+    # The resource compiler's own search knows the script's folder only by this.
+    set_source_files_properties(${script} PROPERTIES
+        COMPILE_OPTIONS "-I${CMAKE_CURRENT_BINARY_DIR}"
+        OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/${program}.manifest)
+    target_sources(${program} PRIVATE ${script})
 endfunction()
 
 # A GoogleTest program whose every case is one CTest test.

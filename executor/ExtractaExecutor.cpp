@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 #include "archive/CZipArchive.h"
 #include "executor/Packaging.h"
@@ -13,8 +14,8 @@
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
-#include "tkcore/System.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
@@ -90,8 +91,8 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
     WriteControlFile(stream, views, nets);
     stream.close();
     if (!stream.good()) {
-        warn(observer,
-             "cannot write all of " + controlFile.FilePath() + ": " + tkcore::systemMessage(errno));
+        warn(observer, "cannot write all of " + controlFile.FilePath() + ": " +
+                           std::generic_category().message(errno));
     }
     std::vector<ActiveView> created;
     CollectViewFiles(views, workingDir.name(), created);
@@ -119,7 +120,7 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
     if (!tkcore::LFN_IsExistingDirectory(workingDirectory())) {
         return false;
     }
-    const fs::path workingpath(VEL_ANSI(workingDirectory().FilePath()));
+    const fs::path workingpath = tkcore::toPath(workingDirectory().FilePath());
     VEL_ASSERT(kSource, fs::is_directory(workingpath));
     try {
         copyFiles(files, workingpath);
@@ -130,12 +131,12 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
 }
 
 bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& extension) {
-    const fs::path outpath(VEL_ANSI(outputPath));
+    const fs::path outpath = tkcore::toPath(outputPath);
     VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
     CZipArchive archive;
     try {
         refuseDesign(outpath, design);
-        archive.Open(outpath.string(), CZipArchive::kCreate, 0);
+        archive.Open(VEL_ANSI(outputPath), CZipArchive::kCreate, 0);
     } catch (const std::exception& exception) {
         logReason(exception);
         VEL_ASSERT(kSource, !"open archive failed");
@@ -143,8 +144,8 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
     }
     try {
         for (const fs::path& entry :
-             entriesWithExtension(VEL_ANSI(workingDirectory().FilePath()), extension)) {
-            archive.AddNewFile(entry.string(), CZipArchive::kDefaultLevel, true,
+             entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension)) {
+            archive.AddNewFile(VEL_ANSI(tkcore::pathText(entry)), CZipArchive::kDefaultLevel, true,
                                CZipArchive::kSafeSmartness, kReadBufferSize);
         }
         // Inside the guarded block: a disk may fill up as late as here.
@@ -158,10 +159,10 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
 }
 
 bool ExtractaExecutor::moveActiveViews(const AString& outputPath, const AString& extension) {
-    const fs::path outpath(VEL_ANSI(outputPath));
+    const fs::path outpath = tkcore::toPath(outputPath);
     VEL_ASSERT_TEXT(kSource, "fs::is_directory(outpath)", isDirectory(outpath));
     try {
-        moveEntries(entriesWithExtension(VEL_ANSI(workingDirectory().FilePath()), extension),
+        moveEntries(entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension),
                     outpath, design);
     } catch (const fs::filesystem_error& error) {
         logReason(error);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tkcore/FileCopy.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 
 namespace velextracta {
@@ -17,7 +18,7 @@ namespace {
 
 bool isNamedLikeADesign(const fs::path& path) {
     static const AString kEnding(".mcm");
-    const std::wstring name = AString(path.string()).wide();
+    const std::wstring name = tkcore::pathText(path).wide();
     const std::size_t start = name.size() - std::min(name.size(), kEnding.wide().size());
     return AString(name.substr(start)).MatchNoCase(kEnding);
 }
@@ -31,7 +32,7 @@ std::vector<fs::path> entriesWithExtension(const fs::path& directory, const AStr
     }
     // Listed before any is moved: a listing of a directory that changes may skip entries.
     for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        if (extension.empty() || AString(entry.path().extension().string()).Match(extension)) {
+        if (extension.empty() || tkcore::pathText(entry.path().extension()).Match(extension)) {
             entries.push_back(entry.path());
         }
     }
@@ -43,7 +44,7 @@ void refuseDesign(const fs::path& target, const tkcore::LongFileName& design) {
         return;
     }
     boost::system::error_code error;
-    if (tkcore::isSameFile(target, VEL_ANSI(design.FilePath())) ||
+    if (tkcore::isSameFile(target, tkcore::toPath(design.FilePath())) ||
         (!tkcore::isDirectory(target) &&
          (isNamedLikeADesign(target) || isNamedLikeADesign(fs::canonical(target, error))))) {
         throw fs::filesystem_error("a design is never replaced", target,
@@ -72,9 +73,10 @@ void moveEntries(const std::vector<fs::path>& entries, const fs::path& directory
 
 void copyFiles(const std::vector<AString>& files, const fs::path& directory) {
     for (const AString& text : files) {
-        const fs::path file(VEL_ANSI(text));
+        const fs::path file = tkcore::toPath(text);
         if (isThere(file)) {
-            tkcore::copyToNewFile(file.string(), (directory / file.filename()).string());
+            tkcore::copyToNewFile(VEL_ANSI(text),
+                                  VEL_ANSI(tkcore::pathText(directory / file.filename())));
         }
     }
 }

@@ -17,6 +17,7 @@
 #include "process/ExtractaViewGenerator.h"
 #include "reader/ViewFile.h"
 #include "tkcore/Log.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 #include "views/ExtractaViewDef.h"
@@ -147,7 +148,7 @@ bool ParallelRun::canHaveProcesses(const AString& net) const {
         std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
             const AString name = sanitisedName(generatorName(0, net, classes));
             return tkcore::isTooLong(
-                VEL_ANSI(workingDir.FilePath() + MakeControlFileName(ViewType::conn, name)));
+                tkcore::toPath(workingDir.FilePath() + MakeControlFileName(ViewType::conn, name)));
         });
     if (isTooLong) {
         warn(observer, "the net \"" + net +

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <fstream>
 #include <functional>
+#include <system_error>
 
 #include "process/ExtractaProcess.h"
 #include "tkcore/ExtractaParserException.h"
@@ -83,7 +84,7 @@ void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
     // Flushed before the look at its state: a full disk shows only when the bytes go out.
     if (!stream.flush().good()) {
         VelDebug(0, "error: cannot write %s: %s", controlFile.FilePath(),
-                 tkcore::systemMessage(errno));
+                 std::generic_category().message(errno));
         throw ExtractaParserException("ExtractaViewGenerator failed to write file " +
                                       workingDir.FilePath());
     }

@@ -2,11 +2,14 @@
 
 #include <utility>
 
+#include "standin/System.h"
+
 namespace standin {
 
 Database::Database(std::string databasePath, int flags) : path(std::move(databasePath)) {
     sqlite3* opened = nullptr;
-    const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+    const int result =
+        sqlite3_open_v2(pathText(toPath(path)).c_str(), &opened, flags, databaseFileAccess());
     connection.reset(opened);
     if (result != SQLITE_OK) {
         fail();

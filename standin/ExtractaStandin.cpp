@@ -14,6 +14,7 @@
 #include "standin/ControlFile.h"
 #include "standin/Database.h"
 #include "standin/Fault.h"
+#include "standin/System.h"
 #include "standin/Trace.h"
 #include "standin/ViewQuery.h"
 
@@ -39,7 +40,8 @@ the file name of the first OUTPUT contains MATCH; all rules that count are follo
   hang                 start a child in a session of its own; both sleep for ever
   flood:BYTES:CODE     print BYTES bytes, then exit with CODE; code 0 goes on as usual
   sleep:MILLISECONDS   sleep, then go on as usual
-  kill:SIGNAL          send signal number SIGNAL to itself
+  kill:SIGNAL          send signal number SIGNAL to itself; on Windows, which has no signals,
+                       exit at once with code 128 + SIGNAL
 
 EXTRACTA_STANDIN_TRACE  file to which "start NAME PID NANOSECONDS" and, unless killed, "end ..."
 are appended (and "child ..." by the child of a hang). NAME is the file name of the first OUTPUT.
@@ -68,10 +70,10 @@ Arguments parseArguments(const std::vector<std::string>& words) {
 }
 
 std::string readWhole(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(toPath(path), std::ios::binary);
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     // A directory opens like a file and only fails to be read.
-    if (!file.is_open() || file.bad() || std::filesystem::is_directory(path)) {
+    if (!file.is_open() || file.bad() || std::filesystem::is_directory(toPath(path))) {
         throw std::runtime_error(path + ": cannot read the control file");
     }
     return text;
@@ -80,8 +82,8 @@ std::string readWhole(const std::string& path) {
 void refuseToOverwriteInput(const Arguments& arguments) {
     for (const std::string& output : arguments.outputs) {
         std::error_code missing;
-        if (std::filesystem::equivalent(output, arguments.design, missing) ||
-            std::filesystem::equivalent(output, arguments.controlFile, missing)) {
+        if (std::filesystem::equivalent(toPath(output), toPath(arguments.design), missing) ||
+            std::filesystem::equivalent(toPath(output), toPath(arguments.controlFile), missing)) {
             throw std::runtime_error(output + ": is an input and an output at once");
         }
     }
@@ -118,7 +120,7 @@ void extractViews(const Arguments& arguments, OutputShape shape) {
 }
 
 int run(const Arguments& arguments) {
-    const std::string name = std::filesystem::path(arguments.outputs.front()).filename().string();
+    const std::string name = pathText(toPath(arguments.outputs.front()).filename());
     const Trace trace(name);
     const char* rules = std::getenv("EXTRACTA_STANDIN_FAULT");
     const std::vector<Fault> faults = faultsFor(rules == nullptr ? "" : rules, name);
@@ -137,6 +139,10 @@ int main(int argumentCount, char** argumentValues) {
         if (words.size() == 1 && words.front() == "--help") {
             std::cout << kUsage;
             return EXIT_SUCCESS;
+        }
+        if (words.size() == 2 && words.front() == kHangingChildOption) {
+            reportToTrace("child", words.back());
+            sleepForEver();
         }
         return run(parseArguments(words));
     } catch (const std::exception& error) {

@@ -4,12 +4,11 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <csignal>
 #include <limits>
 #include <stdexcept>
 #include <thread>
 
-#include <unistd.h>
+#include "standin/System.h"
 
 namespace standin {
 namespace {
@@ -82,7 +81,7 @@ Fault parseAction(std::string_view rest, std::string_view rule) {
 }
 
 void print(std::string_view text) {
-    if (!writeWhole(STDOUT_FILENO, text)) {
+    if (!writeToStandardOutput(text)) {
         throw std::runtime_error("cannot write to standard output");
     }
 }
@@ -99,18 +98,9 @@ void flood(std::uint64_t bytes) {
     }
 }
 
-[[noreturn]] void sleepForEver() {
-    while (true) {
-        ::pause();
-    }
-}
-
 // The child leaves the session, so that only ending the whole process tree reaches it.
 [[noreturn]] void hang(const Trace& trace) {
-    if (::fork() == 0) {
-        ::setsid();
-        trace.report("child");
-    }
+    startInOwnSession({kHangingChildOption, trace.processName()});
     sleepForEver();
 }
 
@@ -151,9 +141,7 @@ std::optional<int> sufferBeforeOutput(const std::vector<Fault>& faults, const Tr
                 std::this_thread::sleep_for(std::chrono::milliseconds(fault.amount));
                 break;
             case FaultAction::kKill:
-                // A handler, as a sanitizer has one for crashes, would make an exit of it.
-                ::signal(static_cast<int>(fault.amount), SIG_DFL);
-                ::kill(::getpid(), static_cast<int>(fault.amount));
+                endBySignal(static_cast<int>(fault.amount));
                 break;
             default:
                 break;  // strikes during or after the output

@@ -25,6 +25,9 @@ enum class FaultAction {
     kKill,
 };
 
+// With this option and the name for its trace, the program is the child of one that hangs.
+inline constexpr char kHangingChildOption[] = "--hanging-child";
+
 struct Fault {
     FaultAction action = FaultAction::kExit;
     std::uint64_t amount = 0;  // bytes to flood, milliseconds to sleep, signal to send

@@ -14,10 +14,9 @@
 #include <utility>
 #include <vector>
 
-#include <unistd.h>
-
 #include "standin/Database.h"
 #include "standin/DesignGenerator.h"
+#include "standin/System.h"
 
 namespace {
 
@@ -99,12 +98,13 @@ Options parseOptions(const std::vector<std::string>& words) {
 class UnfinishedFile final {
 public:
     explicit UnfinishedFile(std::string finalPath)
-        : target(std::move(finalPath)), path(target + ".unfinished-" + std::to_string(::getpid())) {
-        std::filesystem::remove(path);
+        : target(std::move(finalPath)),
+          path(target + ".unfinished-" + std::to_string(processNumber())) {
+        std::filesystem::remove(toPath(path));
     }
     ~UnfinishedFile() {
         std::error_code ignored;
-        std::filesystem::remove(path, ignored);
+        std::filesystem::remove(toPath(path), ignored);
     }
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
@@ -112,7 +112,7 @@ public:
     [[nodiscard]] const std::string& name() const { return path; }
     void finish() const {
         std::error_code error;
-        std::filesystem::rename(path, target, error);
+        std::filesystem::rename(toPath(path), toPath(target), error);
         if (error) {
             throw std::runtime_error(target + ": cannot be written: " + error.message());
         }
@@ -133,7 +133,7 @@ void reportProgress(std::uint64_t done, std::uint64_t total) {
     if (interrupted != 0) {
         throw std::runtime_error("interrupted");
     }
-    static const bool terminal = ::isatty(STDERR_FILENO) == 1;
+    static const bool terminal = isStandardErrorATerminal();
     if (!terminal) {
         return;
     }

@@ -3,19 +3,15 @@
 #include <string>
 #include <string_view>
 
-namespace standin {
+#include "standin/System.h"
 
-// Writes all bytes to a descriptor, whatever portions it takes. False on failure, errno is set.
-bool writeWhole(int descriptor, std::string_view bytes);
+namespace standin {
 
 // A file that is written from front to back through a large buffer. Failures throw
 // std::runtime_error with the path and the system's reason.
 class OutputFile final {
 public:
     explicit OutputFile(std::string path);
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::string_view bytes);
     // A full disk may be reported as late as here; without it the file counts as abandoned.
@@ -27,7 +23,7 @@ private:
 
     std::string path;
     std::string buffer;
-    int descriptor;
+    WritableFile file;
 };
 
 }  // namespace standin

@@ -5,8 +5,12 @@
 
 namespace standin {
 
-// Tells the file named by EXTRACTA_STANDIN_TRACE when this process started and ended. A process
-// that is killed leaves no "end" line. Without the variable nothing is written.
+// Appends "EVENT NAME PID NANOSECONDS" to the file named by EXTRACTA_STANDIN_TRACE, if there is
+// that variable; the clock is monotonic and the same for all processes.
+void reportToTrace(std::string_view event, const std::string& name);
+
+// Tells the trace when this process started and ended. A process that is killed leaves no "end"
+// line.
 class Trace final {
 public:
     explicit Trace(std::string name);
@@ -14,12 +18,10 @@ public:
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
 
-    // Appends "EVENT NAME PID NANOSECONDS"; the clock is monotonic and the same for all processes.
-    void report(std::string_view event) const;
+    [[nodiscard]] const std::string& processName() const { return name; }
 
 private:
     std::string name;
-    std::string path;
 };
 
 }  // namespace standin

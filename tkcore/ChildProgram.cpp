@@ -22,7 +22,7 @@ ChildProgram::State ChildProgram::look() {
     if (VeltGetProcessExitCode(handle, code) == 0) {
         return State::kUnknown;
     }
-    if (code == kStillRunning) {
+    if (code == kStillRunning && !hasProcessEnded(handle)) {
         hasNews = !watched;
         return State::kRunning;
     }

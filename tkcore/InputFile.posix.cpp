@@ -44,18 +44,6 @@ InputFile::InputFile(const std::string& filePath)
     permissionBits = status.st_mode & 07777U;
 }
 
-std::size_t InputFile::read(void* destination, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        const std::size_t count = readSome(static_cast<char*>(destination) + done, size - done);
-        if (count == 0) {
-            break;
-        }
-        done += count;
-    }
-    return done;
-}
-
 std::size_t InputFile::readSome(void* destination, std::size_t size) {
     for (;;) {
         const ssize_t count = ::read(file->descriptor.get(), destination, size);

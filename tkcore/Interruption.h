@@ -4,12 +4,14 @@
 
 namespace tkcore {
 
-/// From here on a request to end (SIGINT, SIGTERM, SIGHUP) is only noted, for the loops to ask
-/// after; one that the caller of the program had switched off stays off. A write to a closed
+/// From here on a request to end is only noted, for the loops to ask after; one that the caller of
+/// the program had switched off stays off. It is SIGINT, SIGTERM or SIGHUP or, on Windows, an event
+/// of the console: Ctrl-C, Ctrl-Break, its closing, the end of the session. A write to a closed
 /// pipe, or beyond a limit on the size of files, no longer ends the process either: it fails.
 void noteInterruptions();
 
-/// The first request to end that has been noted, 0 while there is none.
+/// The first request to end that has been noted, by the number of its signal; 0 while there is
+/// none.
 int interruption() noexcept;
 
 /// What every loop that may take long fails with once a request to end has been noted.
@@ -21,7 +23,8 @@ public:
 /// Throws Interrupted once a request to end has been noted.
 void throwIfInterrupted();
 
-/// Ends the process by the noted signal, as its caller expects; returns if there is none.
+/// Ends the process as the noted request would have ended it, which its caller expects; returns if
+/// there is none.
 void endByInterruption();
 
 }  // namespace tkcore

@@ -6,10 +6,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
+
+#include "tkcore/OutputFile.h"
+#include "tkcore/System.h"
 
 namespace tkcore {
 
@@ -38,13 +42,14 @@ public:
             return;
         }
         const std::string path(setting.substr(colon + 1));
-        if (path == "-") {
-            stream = &std::cerr;
-        } else {
-            file.open(path, std::ios::app | std::ios::binary);
-            stream = file.is_open() ? &file : nullptr;
+        try {
+            if (path != "-") {
+                file.emplace(path, OutputFile::IfThere::kAppend);
+            }
+            level = wantedLevel;
+        } catch (const std::system_error&) {
+            return;  // off, then
         }
-        level = stream == nullptr ? -1 : wantedLevel;
     }
 
     bool takes(int textLevel) const { return textLevel <= level; }
@@ -66,15 +71,26 @@ public:
             prefix = {};
             start = end + 1;
             if (lines.size() >= kMostInOneWrite || start > text.size()) {
-                stream->write(lines.data(), static_cast<std::streamsize>(lines.size())).flush();
+                put(lines);
                 lines.clear();
             }
         }
     }
 
 private:
-    std::ofstream file;
-    std::ostream* stream = nullptr;
+    void put(const std::string& lines) {
+        try {
+            if (file) {
+                file->write(lines);
+            } else {
+                std::cerr << lines << std::flush;
+            }
+        } catch (const std::system_error&) {
+            return;  // there is nowhere to tell it
+        }
+    }
+
+    std::optional<OutputFile> file;  // else standard error
     int level = -1;
 };
 
@@ -93,7 +109,7 @@ void endQuietly() {
     } catch (...) {
         VelDebug(0, "uncaught exception of an unknown type");
     }
-    std::abort();
+    endAbnormally();
 }
 
 }  // namespace

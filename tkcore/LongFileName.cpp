@@ -3,6 +3,7 @@
 #include <boost/filesystem.hpp>
 
 #include "tkcore/Log.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 
 namespace tkcore {
@@ -12,7 +13,12 @@ namespace {
 namespace fs = boost::filesystem;
 
 fs::path toPath(const LongFileName& file) {
-    return {VEL_ANSI(file.FilePath())};
+    return tkcore::toPath(file.FilePath());
+}
+
+bool endsInSeparator(const std::wstring& text) {
+    return text.ends_with(L'/') ||
+           text.ends_with(static_cast<wchar_t>(fs::path::preferred_separator));
 }
 
 /// What cannot be removed keeps nothing else from being removed.
@@ -30,13 +36,10 @@ void removeAll(const fs::path& path, boost::system::error_code& error) {
 
 }  // namespace
 
-LongFileName::LongFileName(const AString& text) {
-    const fs::path given(VEL_ANSI(text));
-    path = AString((given.is_absolute() ? given : fs::current_path() / given).string());
-}
+LongFileName::LongFileName(const AString& text) : path(absoluteText(text)) {}
 
 void LongFileName::MakeItDirectory() {
-    if (path && !path->wide().ends_with(L'/')) {
+    if (path && !endsInSeparator(path->wide())) {
         *path += "/";
     }
 }

@@ -8,11 +8,12 @@
 
 namespace tkcore {
 
-/// A file that is written from its start to its end, each write at once. Every failure is a
+/// A file that is written from its start, or from its end, on; each write at once and, where it is
+/// appended to, in one piece, so that writes of several processes do not mix. Every failure is a
 /// std::system_error that names the path; what was written by then stays.
 class OutputFile final {
 public:
-    enum class IfThere { kFail, kTruncate };
+    enum class IfThere { kFail, kTruncate, kAppend };
 
     static constexpr std::uint32_t kUsualPermissions = 0666;
 

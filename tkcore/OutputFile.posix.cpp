@@ -10,15 +10,30 @@
 
 namespace tkcore {
 
+namespace {
+
+int flagsFor(OutputFile::IfThere ifThere) {
+    switch (ifThere) {
+        case OutputFile::IfThere::kFail:
+            return O_EXCL;
+        case OutputFile::IfThere::kAppend:
+            return O_APPEND;
+        case OutputFile::IfThere::kTruncate:
+        default:
+            return O_TRUNC;
+    }
+}
+
+}  // namespace
+
 struct OutputFile::OpenFile final {
     FileDescriptor descriptor;
 };
 
 OutputFile::OutputFile(const std::string& filePath, IfThere ifThere, std::uint32_t permissions)
     : path(filePath), file(std::make_unique<OpenFile>()) {
-    const int taken = ifThere == IfThere::kFail ? O_EXCL : O_TRUNC;
-    file->descriptor = FileDescriptor(
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | taken, permissions));
+    file->descriptor = FileDescriptor(::open(
+        path.c_str(), O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | flagsFor(ifThere), permissions));
     if (!file->descriptor) {
         throw std::system_error(errno, std::generic_category(), "cannot create " + path);
     }

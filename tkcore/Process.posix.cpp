@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <csignal>
 #include <deque>
-#include <iterator>
 #include <new>
 #include <span>
 #include <string>
@@ -19,7 +18,8 @@
 #include "tkcore/ProcessDescriptor.posix.h"
 #include "tkcore/ProcessKeeper.posix.h"
 #include "tkcore/ProcessTable.posix.h"
-#include "tkcore/ProgramPath.posix.h"
+#include "tkcore/ProgramArguments.h"
+#include "tkcore/ProgramPath.h"
 #include "tkcore/StartedProcess.posix.h"
 
 namespace tkcore {
@@ -123,13 +123,6 @@ void noteEnd(StartedProcess& process, int waitStatus) noexcept {
     }
 }
 
-std::string withoutQuotes(std::string argument) {
-    if (argument.size() >= 2 && argument.front() == '"' && argument.back() == '"') {
-        argument = argument.substr(1, argument.size() - 2);
-    }
-    return argument;
-}
-
 /// Forks the keeper with every signal blocked, so that none finds it half made.
 pid_t startKeeper(ProgramStart& start) {
     sigset_t all;
@@ -165,8 +158,7 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
                       PipeHandle output, unsigned /*creationFlags*/, bool /*showWindow*/,
                       bool captureOutput, bool captureErrors, int /*priority*/) {
     ProgramStart start;
-    std::transform(argv, argv + argc, std::back_inserter(start.arguments),
-                   [](const AString& argument) { return withoutQuotes(VEL_ANSI(argument)); });
+    start.arguments = plainArguments(std::span(argv, static_cast<std::size_t>(argc)));
     for (std::string& argument : start.arguments) {
         start.pointers.push_back(argument.data());
     }
@@ -218,6 +210,10 @@ int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
     }
     exitCode = process->exitCode.value_or(kStillRunning);
     return 1;
+}
+
+bool hasProcessEnded(ProcessHandle process) noexcept {
+    return process->exitCode.has_value();
 }
 
 void requestProcessTreeEnd(ProcessHandle process) noexcept {

@@ -1,4 +1,4 @@
-#include "tkcore/ProgramPath.posix.h"
+#include "tkcore/ProgramPath.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -9,6 +9,8 @@
 
 namespace tkcore {
 
+class ReplacementTarget;
+
 /// A new file that takes the place at its path only by commit(). Dropped before that it leaves no
 /// trace, and an older file stays as it was. Symbolic links at the path are followed; anything
 /// there that is no writable regular file is refused.
@@ -32,8 +34,6 @@ public:
     void commit();
 
 private:
-    class Target;
-
     void flush();
     void throwEarlierFailure() const;
     /// Does it with the target, and keeps the failure.
@@ -41,7 +41,7 @@ private:
     void perform(const Action& action);
 
     std::string path;
-    std::unique_ptr<Target> target;
+    std::unique_ptr<ReplacementTarget> target;
     std::vector<char> buffer;
     std::uint64_t bufferOffset = 0;
     std::error_code failure;

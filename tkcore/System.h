@@ -10,6 +10,10 @@ unsigned hardwareThreads() noexcept;
 /// Pauses the caller; a signal that arrives meanwhile may end the pause.
 void sleepMilliseconds(unsigned milliseconds);
 
+/// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and
+/// without a word on its streams.
+[[noreturn]] void endAbnormally() noexcept;
+
 /// The system's text for one of its error codes, cut off after 79 bytes.
 AString systemMessage(int code);
 

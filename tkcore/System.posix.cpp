@@ -1,5 +1,6 @@
 #include "tkcore/System.h"
 
+#include <cstdlib>
 #include <cstring>
 
 #include <time.h>
@@ -10,6 +11,10 @@ void sleepMilliseconds(unsigned milliseconds) {
     const timespec pause{static_cast<time_t>(milliseconds / 1000),
                          static_cast<long>(milliseconds % 1000) * 1'000'000};
     nanosleep(&pause, nullptr);
+}
+
+void endAbnormally() noexcept {
+    std::abort();
 }
 
 AString systemMessage(int code) {

@@ -1,9 +1,12 @@
 #include "views/ExtractaViewControl.h"
 
 #include <cstdint>
+#include <filesystem>
 
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/replace.hpp>
+
+#include "tkcore/Path.h"
 
 namespace velextracta {
 
@@ -30,8 +33,9 @@ std::string filterText(const ExtractaViewDef& definition) {
 }  // namespace
 
 std::ofstream OpenControlFile(const tkcore::LongFileName& path) {
-    return std::ofstream(VEL_ANSI(path.FilePath()),
-                         std::ios::out | std::ios::trunc | std::ios::binary);
+    const std::filesystem::path file(tkcore::toPath(path.FilePath()).native());
+    std::ofstream stream(file, std::ios::out | std::ios::trunc | std::ios::binary);
+    return stream;
 }
 
 std::string JoinLines(const std::vector<std::string>& lines) {

@@ -1,12 +1,10 @@
-#include "tkcore/ReplacementFile.h"
+#include "tkcore/ReplacementTarget.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <random>
-#include <utility>
+#include <string>
+#include <system_error>
 
 #include <boost/filesystem.hpp>
-#include <boost/format.hpp>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,17 +17,8 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
 constexpr mode_t kNewFilePermissions = 0666;  // less the umask, which the system takes off
 constexpr mode_t kPermissionBits = 07777;
-constexpr int kMostLinks = 40;
-constexpr int kMostNames = 100;
-
-/// A hidden name of fixed length: one made from the file's own name could grow too long.
-std::string randomHiddenName() {
-    std::random_device random;
-    return (boost::format(".unfinished-%08x%08x") % random() % random()).str();
-}
 
 std::string descriptorPath(const FileDescriptor& descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor.get());
@@ -39,33 +28,14 @@ bool descriptorPathsWork(const FileDescriptor& descriptor) {
     return ::access(descriptorPath(descriptor).c_str(), F_OK) == 0;
 }
 
-/// Where the links at the path end, whether or not there is a file. Links that run in a circle
-/// are left for stat() to complain about.
-fs::path followLinks(fs::path path) {
-    for (int links = 0; links < kMostLinks; ++links) {
-        boost::system::error_code error;
-        const fs::path target = fs::read_symlink(path, error);
-        if (error) {
-            break;
-        }
-        path = target.is_absolute() ? target : path.parent_path() / target;
-    }
-    return path;
-}
-
-}  // namespace
-
-/// The file while it is not in place, and the place.
-class ReplacementFile::Target final {
+class PosixTarget final : public ReplacementTarget {
 public:
-    explicit Target(const std::string& filePath);
-    ~Target();
-    Target(const Target&) = delete;
-    Target& operator=(const Target&) = delete;
+    explicit PosixTarget(const std::string& filePath);
+    ~PosixTarget() override;
 
-    void writeAt(std::uint64_t offset, const char* data, std::size_t size);
-    void bringToDisk();
-    void putInPlace();
+    void writeAt(std::uint64_t offset, const char* data, std::size_t size) override;
+    void bringToDisk() override;
+    void putInPlace() override;
 
 private:
     void findPlace();
@@ -86,18 +56,18 @@ private:
     bool keepPermissions = false;  // those of an older file, whatever the umask
 };
 
-ReplacementFile::Target::Target(const std::string& filePath) : path(filePath) {
+PosixTarget::PosixTarget(const std::string& filePath) : path(filePath) {
     findPlace();
     openFile();
 }
 
-ReplacementFile::Target::~Target() {
+PosixTarget::~PosixTarget() {
     if (!temporaryName.empty()) {
         ::unlinkat(folder.get(), temporaryName.c_str(), 0);
     }
 }
 
-void ReplacementFile::Target::findPlace() {
+void PosixTarget::findPlace() {
     const fs::path place = followLinks(path);
     name = place.filename().string();
 
@@ -126,7 +96,7 @@ void ReplacementFile::Target::findPlace() {
     }
 }
 
-void ReplacementFile::Target::openFile() {
+void PosixTarget::openFile() {
     // A file without a name is gone with the process, even if that is killed.
     file =
         FileDescriptor(::openat(folder.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, permissions));
@@ -148,7 +118,7 @@ void ReplacementFile::Target::openFile() {
     fail(errno, "create");
 }
 
-void ReplacementFile::Target::writeAt(std::uint64_t offset, const char* data, std::size_t size) {
+void PosixTarget::writeAt(std::uint64_t offset, const char* data, std::size_t size) {
     std::size_t done = 0;
     while (done < size) {
         const ssize_t count =
@@ -161,7 +131,7 @@ void ReplacementFile::Target::writeAt(std::uint64_t offset, const char* data, st
     }
 }
 
-void ReplacementFile::Target::bringToDisk() {
+void PosixTarget::bringToDisk() {
     if (keepPermissions && ::fchmod(file.get(), permissions) != 0) {
         fail(errno, "set the permissions of");
     }
@@ -171,7 +141,7 @@ void ReplacementFile::Target::bringToDisk() {
     }
 }
 
-void ReplacementFile::Target::putInPlace() {
+void PosixTarget::putInPlace() {
     if (temporaryName.empty()) {
         if (linkUnnamed(name)) {
             return;
@@ -190,7 +160,7 @@ void ReplacementFile::Target::putInPlace() {
     temporaryName.clear();
 }
 
-bool ReplacementFile::Target::linkUnnamed(const std::string& newName) {
+bool PosixTarget::linkUnnamed(const std::string& newName) {
     if (::linkat(AT_FDCWD, descriptorPath(file).c_str(), folder.get(), newName.c_str(),
                  AT_SYMLINK_FOLLOW) == 0) {
         return true;
@@ -201,64 +171,10 @@ bool ReplacementFile::Target::linkUnnamed(const std::string& newName) {
     return false;
 }
 
-ReplacementFile::ReplacementFile(std::string filePath)
-    : path(std::move(filePath)), target(std::make_unique<Target>(path)) {
-    buffer.reserve(kBufferSize);
-}
+}  // namespace
 
-ReplacementFile::~ReplacementFile() = default;
-
-template <typename Action>
-void ReplacementFile::perform(const Action& action) {
-    try {
-        action(*target);
-    } catch (const std::system_error& error) {
-        failure = error.code();
-        throw;
-    }
-}
-
-void ReplacementFile::write(const void* data, std::size_t size) {
-    throwEarlierFailure();
-    if (buffer.size() + size > kBufferSize) {
-        flush();
-    }
-    const char* bytes = static_cast<const char*>(data);
-    if (size >= kBufferSize) {
-        perform([&](Target& file) { file.writeAt(bufferOffset, bytes, size); });
-        bufferOffset += size;
-    } else {
-        buffer.insert(buffer.end(), bytes, bytes + size);
-    }
-}
-
-void ReplacementFile::seek(std::uint64_t offset) {
-    throwEarlierFailure();
-    if (offset != tell()) {
-        flush();
-        bufferOffset = offset;
-    }
-}
-
-void ReplacementFile::commit() {
-    throwEarlierFailure();
-    flush();
-    perform([](Target& file) {
-        file.bringToDisk();
-        file.putInPlace();
-    });
-}
-
-void ReplacementFile::flush() {
-    perform([this](Target& file) { file.writeAt(bufferOffset, buffer.data(), buffer.size()); });
-    bufferOffset += buffer.size();
-    buffer.clear();
-}
-
-void ReplacementFile::throwEarlierFailure() const {
-    if (failure) {
-        throw std::system_error(failure, "cannot write " + path);
-    }
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const std::string& path) {
+    return std::make_unique<PosixTarget>(path);
 }
 
 }  // namespace tkcore

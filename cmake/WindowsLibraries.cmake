@@ -1,0 +1,33 @@
+# The libraries under the names that the finders of other systems give them; built beforehand by
+# scripts/build-windows-libraries.
+
+set(windows_libraries ${CMAKE_SOURCE_DIR}/build/windows-libraries CACHE PATH
+    "Where scripts/build-windows-libraries has put the libraries")
+if(NOT EXISTS ${windows_libraries}/lib/libsqlite3.a)
+    message(FATAL_ERROR "No libraries for Windows in ${windows_libraries}: "
+        "run scripts/build-windows-libraries first")
+endif()
+
+set(ZLIB_USE_STATIC_LIBS ON)
+find_package(ZLIB REQUIRED)  # comes with the compiler
+
+add_library(windows_headers INTERFACE)
+target_include_directories(windows_headers SYSTEM INTERFACE ${windows_libraries}/include)
+target_compile_definitions(windows_headers INTERFACE BOOST_ALL_NO_LIB BOOST_FILESYSTEM_STATIC_LINK
+    BOOST_THREAD_USE_LIB)
+add_library(Boost::headers ALIAS windows_headers)
+add_library(Boost::date_time ALIAS windows_headers)
+
+function(velextracta_windows_library name file)
+    add_library(${name} STATIC IMPORTED)
+    set_target_properties(${name} PROPERTIES
+        IMPORTED_LOCATION ${windows_libraries}/lib/lib${file}.a)
+    target_link_libraries(${name} INTERFACE windows_headers ${ARGN})
+endfunction()
+
+velextracta_windows_library(Boost::filesystem boost_filesystem)
+velextracta_windows_library(Boost::thread boost_thread)
+velextracta_windows_library(PkgConfig::MINIZIP minizip ZLIB::ZLIB)
+target_include_directories(PkgConfig::MINIZIP SYSTEM INTERFACE ${windows_libraries}/include/minizip)
+velextracta_windows_library(PkgConfig::LIBDEFLATE deflate)
+velextracta_windows_library(PkgConfig::SQLITE3 sqlite3)

@@ -1,0 +1,27 @@
+#include "tkcore/ChildWatch.h"
+
+#include "tkcore/ChildProgram.h"
+#include "tkcore/System.h"
+
+// The system can wait for 64 programs at most, and for no pipe: every look asks instead.
+
+namespace tkcore {
+
+struct ChildWatch::System final {};
+
+ChildWatch::ChildWatch() = default;
+
+ChildWatch::~ChildWatch() = default;
+
+void ChildWatch::add(ChildProgram& child) {
+    child.watched = false;
+    child.hasNews = true;
+}
+
+void ChildWatch::remove(ChildProgram& /*child*/) noexcept {}
+
+void ChildWatch::wait() noexcept {
+    sleepMilliseconds(1);
+}
+
+}  // namespace tkcore

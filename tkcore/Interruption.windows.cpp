@@ -1,0 +1,55 @@
+#include "tkcore/Interruption.h"
+
+#include <atomic>
+#include <csignal>
+
+#include <windows.h>
+
+namespace tkcore {
+
+namespace {
+
+constexpr UINT kEndedByInterruption = 0xC000013A;  // what the system's own handler ends with
+
+std::atomic<int> notedSignal = 0;
+
+int signalFor(DWORD event) {
+    switch (event) {
+        case CTRL_C_EVENT:
+            return SIGINT;
+        case CTRL_BREAK_EVENT:
+            return SIGBREAK;
+        default:
+            return SIGTERM;
+    }
+}
+
+/// Runs in a thread that the system makes for it.
+BOOL WINAPI noteEvent(DWORD event) {
+    int none = 0;
+    notedSignal.compare_exchange_strong(none, signalFor(event));
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        // The system ends the process when this returns, or after some seconds: those are what the
+        // run has to clean up. The end of the process ends this thread.
+        Sleep(INFINITE);
+    }
+    return TRUE;
+}
+
+}  // namespace
+
+void noteInterruptions() {
+    SetConsoleCtrlHandler(noteEvent, TRUE);
+}
+
+int interruption() noexcept {
+    return notedSignal;
+}
+
+void endByInterruption() {
+    if (notedSignal != 0) {
+        ExitProcess(kEndedByInterruption);
+    }
+}
+
+}  // namespace tkcore

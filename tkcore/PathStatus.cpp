@@ -1,0 +1,22 @@
+#include "tkcore/PathStatus.h"
+
+namespace tkcore {
+
+namespace fs = boost::filesystem;
+
+bool isThere(const fs::path& path) {
+    boost::system::error_code error;
+    return !isReserved(path) && fs::exists(fs::status(path, error));
+}
+
+bool isDirectory(const fs::path& path) {
+    boost::system::error_code error;
+    return !isReserved(path) && fs::is_directory(path, error);
+}
+
+bool isSameFile(const fs::path& left, const fs::path& right) {
+    boost::system::error_code error;
+    return fs::equivalent(left, right, error) && !error;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,281 @@
+#include "tkcore/Process.h"
+
+#include <array>
+#include <cstddef>
+#include <deque>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <windows.h>
+
+#include "tkcore/Log.h"
+#include "tkcore/NativePath.windows.h"
+#include "tkcore/PipeEnd.windows.h"
+#include "tkcore/ProgramArguments.h"
+#include "tkcore/ProgramPath.h"
+#include "tkcore/StartedProcess.windows.h"
+#include "tkcore/System.h"
+
+namespace tkcore {
+
+namespace {
+
+/// For a program to give its licence back, or to end its job in a cluster.
+constexpr std::chrono::seconds kGrace{1};
+
+/// The exit code of a program that we have ended; that of a terminated one elsewhere.
+constexpr UINT kEndedByUs = 143;
+
+/// The records behind all handles. A deque: handles stay good while it grows.
+std::deque<StartedProcess> startedProcesses;
+
+/// A copy that the child will have.
+Handle forChild(HANDLE handle) {
+    HANDLE copy = nullptr;
+    DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), &copy, 0, TRUE,
+                    DUPLICATE_SAME_ACCESS);
+    return Handle(copy);
+}
+
+Handle nullDeviceForChild() {
+    const Handle device(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                                    nullptr));
+    return forChild(device.get());
+}
+
+/// Sets whether the job's processes end when nobody holds it any longer.
+bool endWithJob(const Handle& job, bool wanted) noexcept {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = wanted ? JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE : 0;
+    return SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
+                                   sizeof limits) != 0;
+}
+
+bool anyLeft(const Handle& job) noexcept {
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION account{};
+    return QueryInformationJobObject(job.get(), JobObjectBasicAccountingInformation, &account,
+                                     sizeof account, nullptr) != 0 &&
+           account.ActiveProcesses > 0;
+}
+
+/// The argument as the C runtime of the child takes it apart again.
+std::wstring quoted(std::wstring_view argument) {
+    std::wstring text = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t character : argument) {
+        // Backslashes mean themselves, but for those before a quote.
+        const bool isQuote = character == L'"';
+        text.append(isQuote ? backslashes + 1 : 0, L'\\');
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        text += character;
+    }
+    return text.append(backslashes, L'\\') + L"\"";
+}
+
+std::wstring commandLineOf(const std::vector<std::string>& arguments) {
+    constexpr std::wstring_view kPlain =
+        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_./\\:";
+    std::wstring line;
+    for (const std::string& argument : arguments) {
+        const std::wstring wide = widen(argument);
+        const bool isPlain = !wide.empty() && wide.find_first_not_of(kPlain) == std::wstring::npos;
+        line.append(line.empty() ? L"" : L" ").append(isPlain ? wide : quoted(wide));
+    }
+    return line;
+}
+
+/// A program cannot start in a folder whose path is too long; it may have a short name.
+std::wstring folderToStartIn(const AString& wanted) {
+    constexpr std::size_t kLongest = MAX_PATH - 2;
+    const std::wstring full = fullPath(wanted.wide());
+    if (full.size() <= kLongest) {
+        return full;
+    }
+    std::wstring shortName(full.size() + MAX_PATH, L'\0');
+    shortName.resize(GetShortPathNameW(withoutLimit(full).c_str(), shortName.data(),
+                                       static_cast<DWORD>(shortName.size())));
+    shortName = withLimit(shortName);
+    if (!shortName.empty() && shortName.size() <= kLongest) {
+        return shortName;
+    }
+    std::array<wchar_t, MAX_PATH + 1> temporary{};
+    GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
+    VelDebug(0, "warning: the path of %s is too long for a program to start there: it starts in %s",
+             wanted, temporary.data());
+    return temporary.data();
+}
+
+/// What a start has to say beside the command line: the handles that the child may have, and the
+/// job that it is born in.
+class StartAttributes final {
+public:
+    StartAttributes(std::span<HANDLE> handles, HANDLE* job) {
+        constexpr DWORD kCount = 2;
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, kCount, 0, &size);
+        room.resize(size);
+        isGood = InitializeProcThreadAttributeList(list(), kCount, 0, &size) != 0 &&
+                 add(PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles.data(), handles.size_bytes()) &&
+                 add(PROC_THREAD_ATTRIBUTE_JOB_LIST, job, sizeof *job);
+    }
+    ~StartAttributes() {
+        if (!room.empty()) {
+            DeleteProcThreadAttributeList(list());
+        }
+    }
+    StartAttributes(const StartAttributes&) = delete;
+    StartAttributes& operator=(const StartAttributes&) = delete;
+
+    LPPROC_THREAD_ATTRIBUTE_LIST list() {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
+    }
+    explicit operator bool() const noexcept { return isGood; }
+
+private:
+    bool add(DWORD_PTR attribute, void* value, SIZE_T size) {
+        return UpdateProcThreadAttribute(list(), 0, attribute, value, size, nullptr, nullptr) != 0;
+    }
+
+    std::vector<std::byte> room;
+    bool isGood = false;
+};
+
+/// A group of its own keeps the console's Ctrl-C, which is meant for us, from the child, and lets
+/// us send it a Ctrl-Break. Without a console of ours the child must not open one of its own.
+DWORD creationFlagsHere() {
+    const bool haveConsole = GetConsoleCP() != 0;
+    return EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP |
+           (haveConsole ? 0 : CREATE_NO_WINDOW);
+}
+
+/// A child that crashes, or finds no disk in a drive, must not wait for somebody to click.
+void silenceDialogs() {
+    SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+}
+
+int lastError() {
+    return static_cast<int>(GetLastError());
+}
+
+void noteEnd(StartedProcess& process) noexcept {
+    DWORD code = 0;
+    GetExitCodeProcess(process.process.get(), &code);
+    process.exitCode = static_cast<int>(code);
+    process.process.close();
+    process.job.close();
+}
+
+/// Whether the program has come to its own end, which is noted: what it has left behind runs on.
+bool noteOwnEnd(StartedProcess& process) noexcept {
+    if (process.deadline || WaitForSingleObject(process.process.get(), 0) != WAIT_OBJECT_0) {
+        return false;
+    }
+    endWithJob(process.job, false);
+    noteEnd(process);
+    return true;
+}
+
+}  // namespace
+
+int VeltCreateProcess(const AString& applicationName, const AString* argv, int argc,
+                      ProcessHandle& process, const AString& workingDirectory,
+                      const void* /*processSecurity*/, const void* /*threadSecurity*/,
+                      PipeHandle output, unsigned creationFlags, bool showWindow,
+                      bool captureOutput, bool captureErrors, int /*priority*/) {
+    const std::vector<std::string> arguments =
+        plainArguments(std::span(argv, static_cast<std::size_t>(argc)));
+    const std::string name = applicationName.empty() && !arguments.empty()
+                                 ? arguments.front()
+                                 : VEL_ANSI(applicationName);
+    std::string program;
+    if (const int error = findProgram(name, program); error != 0) {
+        return error;
+    }
+    if ((captureOutput || captureErrors) && !output->handle) {
+        return ERROR_TOO_MANY_OPEN_FILES;
+    }
+    const Handle null = nullDeviceForChild();
+    const Handle pipe = captureOutput || captureErrors ? forChild(output->handle.get()) : Handle();
+    Handle job(CreateJobObjectW(nullptr, nullptr));
+    if (!null || (!pipe && (captureOutput || captureErrors)) || !job || !endWithJob(job, true)) {
+        return lastError();
+    }
+
+    std::vector<HANDLE> handles{null.get()};
+    if (pipe) {
+        handles.push_back(pipe.get());
+    }
+    HANDLE jobHandle = job.get();
+    StartAttributes attributes(handles, &jobHandle);
+    if (!attributes) {
+        return lastError();
+    }
+    STARTUPINFOEXW startup{};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+    startup.StartupInfo.wShowWindow = showWindow ? SW_SHOWNORMAL : SW_HIDE;
+    startup.StartupInfo.hStdInput = null.get();
+    startup.StartupInfo.hStdOutput = captureOutput ? pipe.get() : null.get();
+    startup.StartupInfo.hStdError = captureErrors ? pipe.get() : null.get();
+    startup.lpAttributeList = attributes.list();
+
+    silenceDialogs();
+    std::wstring commandLine = commandLineOf(arguments);
+    PROCESS_INFORMATION started{};
+    if (CreateProcessW(nativePath(program, "start").c_str(), commandLine.data(), nullptr, nullptr,
+                       TRUE, creationFlags | creationFlagsHere(), nullptr,
+                       folderToStartIn(workingDirectory).c_str(), &startup.StartupInfo,
+                       &started) == 0) {
+        return lastError();
+    }
+    const Handle thread(started.hThread);
+    process = &startedProcesses.emplace_back();
+    process->process = Handle(started.hProcess);
+    process->job = std::move(job);
+    process->number = started.dwProcessId;
+    return 0;
+}
+
+int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
+    if (!process->exitCode) {
+        noteOwnEnd(*process);
+    }
+    exitCode = process->exitCode.value_or(kStillRunning);
+    return 1;
+}
+
+bool hasProcessEnded(ProcessHandle process) noexcept {
+    return process->exitCode.has_value();
+}
+
+void requestProcessTreeEnd(ProcessHandle process) noexcept {
+    if (process == nullptr || process->exitCode || process->deadline || noteOwnEnd(*process)) {
+        return;
+    }
+    // Programs without our console cannot be asked.
+    const bool isAsked = GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, process->number) != 0;
+    process->deadline = std::chrono::steady_clock::now();
+    if (isAsked) {
+        *process->deadline += kGrace;
+    }
+}
+
+void VeltTerminateProcessTree(ProcessHandle process) noexcept {
+    requestProcessTreeEnd(process);
+    if (process == nullptr || process->exitCode) {
+        return;
+    }
+    while (anyLeft(process->job) && std::chrono::steady_clock::now() < *process->deadline) {
+        sleepMilliseconds(1);
+    }
+    TerminateJobObject(process->job.get(), kEndedByUs);
+    while (anyLeft(process->job)) {
+        sleepMilliseconds(1);
+    }
+    noteEnd(*process);
+}
+
+}  // namespace tkcore

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+// What VeltCreateProcess builds on.
+
+namespace tkcore {
+
+/// Sets path to the absolute path of the program to start. A name without a separator is looked up
+/// along PATH alone, on Windows in the folder of the running program before that, and never in the
+/// current directory, unless PATH names it. Returns 0 or the system's error code.
+int findProgram(const std::string& name, std::string& path);
+
+}  // namespace tkcore

@@ -1,0 +1,94 @@
+#include "tkcore/ProgramPath.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include <boost/filesystem.hpp>
+#include <windows.h>
+
+#include "tkcore/Path.h"
+#include "tkcore/PathStatus.h"
+
+namespace tkcore {
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+/// 0 if the file can be started, as far as can be told, else the reason.
+int startError(const fs::path& file) {
+    if (!isThere(file)) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    boost::system::error_code error;
+    return fs::is_regular_file(file, error) ? 0 : ERROR_ACCESS_DENIED;
+}
+
+/// Sets path to the candidate, or to the candidate with ".exe" if it has no extension.
+int completeProgram(const fs::path& candidate, std::string& path) {
+    int result = ERROR_FILE_NOT_FOUND;
+    std::vector<fs::path> spellings{candidate};
+    if (!candidate.has_extension()) {
+        spellings.insert(spellings.begin(), fs::path(candidate.native() + L".exe"));
+    }
+    for (const fs::path& spelling : spellings) {
+        const int error = startError(spelling);
+        if (error == 0) {
+            path = VEL_ANSI(pathText(spelling));
+            return 0;
+        }
+        result = error == ERROR_FILE_NOT_FOUND ? result : error;
+    }
+    return result;
+}
+
+fs::path ourFolder() {
+    std::wstring program(32768, L'\0');  // the longest path there is
+    program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
+    return toPath(fs::path(program).parent_path().native());
+}
+
+/// Our own folder, then those of PATH that are absolute; one with a semicolon stands in quotes.
+std::vector<fs::path> searchedFolders() {
+    std::vector<fs::path> folders{ourFolder()};
+    const char* variable = std::getenv("PATH");
+    std::wstring folder;
+    bool isQuoted = false;
+    for (const wchar_t character : AString(variable == nullptr ? "" : variable).wide() + L";") {
+        if (character == L'"') {
+            isQuoted = !isQuoted;
+        } else if (character != L';' || isQuoted) {
+            folder += character;
+        } else {
+            if (fs::path(folder).is_absolute()) {
+                folders.push_back(toPath(folder));
+            }
+            folder.clear();
+        }
+    }
+    return folders;
+}
+
+}  // namespace
+
+int findProgram(const std::string& name, std::string& path) {
+    const AString text(name);
+    if (name.empty()) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    if (text.wide().find_first_of(L"\\/:") != std::wstring::npos) {
+        return completeProgram(toPath(absoluteText(text)), path);
+    }
+    int result = ERROR_FILE_NOT_FOUND;
+    for (const fs::path& folder : searchedFolders()) {
+        const int error = completeProgram(toPath(pathText(folder / text.wide())), path);
+        if (error == 0) {
+            return 0;
+        }
+        result = error == ERROR_FILE_NOT_FOUND ? result : error;
+    }
+    return result;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,101 @@
+#include "tkcore/ReplacementFile.h"
+
+#include <random>
+#include <utility>
+
+#include <boost/filesystem.hpp>
+#include <boost/format.hpp>
+
+#include "tkcore/ReplacementTarget.h"
+
+namespace tkcore {
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+constexpr int kMostLinks = 40;
+
+}  // namespace
+
+std::string randomHiddenName() {
+    std::random_device random;
+    return (boost::format(".unfinished-%08x%08x") % random() % random()).str();
+}
+
+fs::path followLinks(fs::path path) {
+    for (int links = 0; links < kMostLinks; ++links) {
+        boost::system::error_code error;
+        const fs::path target = fs::read_symlink(path, error);
+        if (error) {
+            break;
+        }
+        path = target.is_absolute() ? target : path.parent_path() / target;
+    }
+    return path;
+}
+
+ReplacementFile::ReplacementFile(std::string filePath)
+    : path(std::move(filePath)), target(openReplacementTarget(path)) {
+    buffer.reserve(kBufferSize);
+}
+
+ReplacementFile::~ReplacementFile() = default;
+
+template <typename Action>
+void ReplacementFile::perform(const Action& action) {
+    try {
+        action(*target);
+    } catch (const std::system_error& error) {
+        failure = error.code();
+        throw;
+    }
+}
+
+void ReplacementFile::write(const void* data, std::size_t size) {
+    throwEarlierFailure();
+    if (buffer.size() + size > kBufferSize) {
+        flush();
+    }
+    const char* bytes = static_cast<const char*>(data);
+    if (size >= kBufferSize) {
+        perform([&](ReplacementTarget& file) { file.writeAt(bufferOffset, bytes, size); });
+        bufferOffset += size;
+    } else {
+        buffer.insert(buffer.end(), bytes, bytes + size);
+    }
+}
+
+void ReplacementFile::seek(std::uint64_t offset) {
+    throwEarlierFailure();
+    if (offset != tell()) {
+        flush();
+        bufferOffset = offset;
+    }
+}
+
+void ReplacementFile::commit() {
+    throwEarlierFailure();
+    flush();
+    perform([](ReplacementTarget& file) {
+        file.bringToDisk();
+        file.putInPlace();
+    });
+}
+
+void ReplacementFile::flush() {
+    perform([this](ReplacementTarget& file) {
+        file.writeAt(bufferOffset, buffer.data(), buffer.size());
+    });
+    bufferOffset += buffer.size();
+    buffer.clear();
+}
+
+void ReplacementFile::throwEarlierFailure() const {
+    if (failure) {
+        throw std::system_error(failure, "cannot write " + path);
+    }
+}
+
+}  // namespace tkcore

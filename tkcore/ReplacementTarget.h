@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <boost/filesystem/path.hpp>
+
+// What ReplacementFile builds on.
+
+namespace tkcore {
+
+/// The file while it is not in place, and the place. Every failure is a std::system_error that
+/// names the path. Destroyed before putInPlace() has succeeded, it leaves no trace.
+class ReplacementTarget {
+public:
+    ReplacementTarget() = default;
+    virtual ~ReplacementTarget() = default;
+    ReplacementTarget(const ReplacementTarget&) = delete;
+    ReplacementTarget& operator=(const ReplacementTarget&) = delete;
+
+    virtual void writeAt(std::uint64_t offset, const char* data, std::size_t size) = 0;
+    virtual void bringToDisk() = 0;
+    virtual void putInPlace() = 0;
+};
+
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const std::string& path);
+
+/// How many of them are tried where a file of the name is there.
+inline constexpr int kMostNames = 100;
+
+/// A hidden name of fixed length: one made from the file's own name could grow too long.
+std::string randomHiddenName();
+
+/// Where the links at the path end, whether or not there is a file. Links that run in a circle
+/// are left for the system to complain about.
+boost::filesystem::path followLinks(boost::filesystem::path path);
+
+}  // namespace tkcore

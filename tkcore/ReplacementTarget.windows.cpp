@@ -1,0 +1,147 @@
+#include "tkcore/ReplacementTarget.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <boost/filesystem.hpp>
+
+#include "tkcore/Handle.windows.h"
+#include "tkcore/NativePath.windows.h"
+#include "tkcore/PathStatus.h"
+
+namespace tkcore {
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+class WindowsTarget final : public ReplacementTarget {
+public:
+    explicit WindowsTarget(const std::string& filePath);
+    ~WindowsTarget() override;
+
+    void writeAt(std::uint64_t offset, const char* data, std::size_t size) override;
+    void bringToDisk() override;
+    void putInPlace() override;
+
+private:
+    void findPlace();
+    void openFile();
+    /// Whether the system takes the file away when we let go of it, even if we are killed.
+    bool vanishes(bool wanted) const noexcept;
+    [[noreturn]] void fail(DWORD error, const char* action) const {
+        throwSystemError(error, std::string("cannot ") + action + " " + path);
+    }
+
+    std::string path;
+    fs::path place;  // after the links have been followed
+    Handle file;     // in the same folder
+};
+
+WindowsTarget::WindowsTarget(const std::string& filePath) : path(filePath) {
+    findPlace();
+    openFile();
+}
+
+WindowsTarget::~WindowsTarget() {
+    if (file) {
+        vanishes(true);
+    }
+}
+
+void WindowsTarget::findPlace() {
+    place = followLinks(nativePath(path, "create"));
+    if (place.empty() || place.filename_is_dot() || place.filename_is_dot_dot() ||
+        !place.has_filename()) {
+        fail(ERROR_INVALID_NAME, "create");
+    }
+    // The current directory may change.
+    place = withoutLimit(fullPath(place.native()));
+    if (isDirectory(place)) {
+        fail(ERROR_ACCESS_DENIED, "replace the directory");
+    }
+    const Handle older(CreateFileW(place.c_str(), GENERIC_WRITE,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                   OPEN_EXISTING, 0, nullptr));
+    if (older && GetFileType(older.get()) != FILE_TYPE_DISK) {
+        fail(ERROR_NOT_SUPPORTED, "replace what is no regular file,");
+    }
+    // Somebody who reads it now may have done with it in the end.
+    if (const DWORD error = GetLastError();
+        !older && error != ERROR_FILE_NOT_FOUND && error != ERROR_SHARING_VIOLATION) {
+        fail(error, isThere(place) ? "replace" : "create");
+    }
+}
+
+void WindowsTarget::openFile() {
+    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+        const fs::path candidate =
+            withoutLimit((place.parent_path() / randomHiddenName()).native());
+        file = Handle(CreateFileW(candidate.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
+                                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (file) {
+            vanishes(true);
+            return;
+        }
+        if (GetLastError() != ERROR_FILE_EXISTS) {
+            break;
+        }
+    }
+    fail(GetLastError(), "create");
+}
+
+bool WindowsTarget::vanishes(bool wanted) const noexcept {
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = wanted ? TRUE : FALSE;
+    return SetFileInformationByHandle(file.get(), FileDispositionInfo, &disposition,
+                                      sizeof disposition) != 0;
+}
+
+void WindowsTarget::writeAt(std::uint64_t offset, const char* data, std::size_t size) {
+    constexpr std::size_t kMostAtOnce = std::size_t{1} << 30U;  // the system counts in 32 bits
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position{};
+        position.Offset = static_cast<DWORD>(offset + done);
+        position.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
+        DWORD count = 0;
+        if (WriteFile(file.get(), data + done,
+                      static_cast<DWORD>(std::min(size - done, kMostAtOnce)), &count,
+                      &position) == 0) {
+            fail(GetLastError(), "write");
+        }
+        done += count;
+    }
+}
+
+void WindowsTarget::bringToDisk() {
+    if (FlushFileBuffers(file.get()) == 0) {
+        fail(GetLastError(), "write");
+    }
+}
+
+void WindowsTarget::putInPlace() {
+    const std::wstring& name = place.native();
+    std::vector<std::byte> room(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
+    FILE_RENAME_INFO renaming{};
+    renaming.ReplaceIfExists = TRUE;
+    renaming.FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
+    std::memcpy(room.data(), &renaming, sizeof renaming);
+    std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
+                renaming.FileNameLength);
+    if (!vanishes(false) || SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
+                                                       static_cast<DWORD>(room.size())) == 0) {
+        fail(GetLastError(), "replace");
+    }
+    file.close();
+}
+
+}  // namespace
+
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const std::string& path) {
+    return std::make_unique<WindowsTarget>(path);
+}
+
+}  // namespace tkcore

@@ -1,10 +1,13 @@
 #include "tkcore/LongFileName.h"
 
+#include <chrono>
+
 #include <boost/filesystem.hpp>
 
 #include "tkcore/Log.h"
 #include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
+#include "tkcore/System.h"
 
 namespace tkcore {
 
@@ -71,7 +74,13 @@ bool LFN_IsExistingDirectory(const LongFileName& directory) {
 bool LFN_Delete(const LongFileName& file) {
     boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
     if (file.IsInitialized()) {
+        constexpr unsigned kPause = 10;
+        const auto deadline = std::chrono::steady_clock::now() + removalPatience();
         removeAll(toPath(file), error);
+        while (error && std::chrono::steady_clock::now() < deadline) {
+            sleepMilliseconds(kPause);
+            removeAll(toPath(file), error);
+        }
     }
     if (error) {
         VelDebug(0, "error: cannot remove %s: %s", file.FilePath(), error.message());

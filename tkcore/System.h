@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "tkcore/AString.h"
 
 namespace tkcore {
@@ -9,6 +11,10 @@ unsigned hardwareThreads() noexcept;
 
 /// Pauses the caller; a signal that arrives meanwhile may end the pause.
 void sleepMilliseconds(unsigned milliseconds);
+
+/// For how long it is worth trying to remove what others may hold open for a moment; none where
+/// that keeps nothing from being removed.
+std::chrono::milliseconds removalPatience() noexcept;
 
 /// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and
 /// without a word on its streams.

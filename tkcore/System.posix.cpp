@@ -13,6 +13,10 @@ void sleepMilliseconds(unsigned milliseconds) {
     nanosleep(&pause, nullptr);
 }
 
+std::chrono::milliseconds removalPatience() noexcept {
+    return std::chrono::milliseconds::zero();
+}
+
 void endAbnormally() noexcept {
     std::abort();
 }

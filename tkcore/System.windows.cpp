@@ -30,6 +30,12 @@ void sleepMilliseconds(unsigned milliseconds) {
     }
 }
 
+std::chrono::milliseconds removalPatience() noexcept {
+    // A scanner for viruses looks at new files, and the console of a program that has just ended
+    // may still stand in its folder.
+    return std::chrono::seconds(3);
+}
+
 void endAbnormally() noexcept {
     constexpr int kAborted = 3;
     std::_Exit(kAborted);  // abort() would write to standard error

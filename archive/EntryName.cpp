@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tkcore/CodePage.h"
-
 #include "tkcore/Path.h"
 
 namespace velextracta {

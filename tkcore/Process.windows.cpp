@@ -1,11 +1,13 @@
 #include "tkcore/Process.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <deque>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <windows.h>
@@ -156,8 +158,60 @@ void silenceDialogs() {
     SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
 }
 
+/// All that a program's start needs.
+struct ProgramStart final {
+    std::string program;  // absolute path
+    std::wstring commandLine;
+    std::wstring folder;
+    DWORD flags = 0;
+    WORD window = 0;
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
+    HANDLE errors = nullptr;
+};
+
 int lastError() {
     return static_cast<int>(GetLastError());
+}
+
+/// Starts the program with its three handles and no other, in a new job that ends with us. Returns
+/// 0, or the system's error code.
+int startInJob(const ProgramStart& start, StartedProcess& started) {
+    started.job = Handle(CreateJobObjectW(nullptr, nullptr));
+    if (!started.job || !endWithJob(started.job, true)) {
+        return lastError();
+    }
+    std::vector<HANDLE> handles{start.input};
+    for (HANDLE handle : {start.output, start.errors}) {
+        if (std::ranges::find(handles, handle) == handles.end()) {  // the system refuses it twice
+            handles.push_back(handle);
+        }
+    }
+    HANDLE job = started.job.get();
+    StartAttributes attributes(handles, &job);
+    if (!attributes) {
+        return lastError();
+    }
+    STARTUPINFOEXW startup{};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+    startup.StartupInfo.wShowWindow = start.window;
+    startup.StartupInfo.hStdInput = start.input;
+    startup.StartupInfo.hStdOutput = start.output;
+    startup.StartupInfo.hStdError = start.errors;
+    startup.lpAttributeList = attributes.list();
+    silenceDialogs();
+    std::wstring commandLine = start.commandLine;  // the system may write to it
+    PROCESS_INFORMATION information{};
+    if (CreateProcessW(nativePath(start.program, "start").c_str(), commandLine.data(), nullptr,
+                       nullptr, TRUE, start.flags | creationFlagsHere(), nullptr,
+                       start.folder.c_str(), &startup.StartupInfo, &information) == 0) {
+        return lastError();
+    }
+    const Handle thread(information.hThread);
+    started.process = Handle(information.hProcess);
+    started.number = information.dwProcessId;
+    return 0;
 }
 
 void noteEnd(StartedProcess& process) noexcept {
@@ -190,52 +244,32 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
     const std::string name = applicationName.empty() && !arguments.empty()
                                  ? arguments.front()
                                  : VEL_ANSI(applicationName);
-    std::string program;
-    if (const int error = findProgram(name, program); error != 0) {
+    ProgramStart start;
+    if (const int error = findProgram(name, start.program); error != 0) {
         return error;
     }
-    if ((captureOutput || captureErrors) && !output->handle) {
+    const bool wantsPipe = captureOutput || captureErrors;
+    if (wantsPipe && !output->handle) {
         return ERROR_TOO_MANY_OPEN_FILES;
     }
     const Handle null = nullDeviceForChild();
-    const Handle pipe = captureOutput || captureErrors ? forChild(output->handle.get()) : Handle();
-    Handle job(CreateJobObjectW(nullptr, nullptr));
-    if (!null || (!pipe && (captureOutput || captureErrors)) || !job || !endWithJob(job, true)) {
+    const Handle pipe = wantsPipe ? forChild(output->handle.get()) : forChild(null.get());
+    if (!null || !pipe) {
         return lastError();
     }
+    start.commandLine = commandLineOf(arguments);
+    start.folder = folderToStartIn(workingDirectory);
+    start.flags = creationFlags;
+    start.window = showWindow ? SW_SHOWNORMAL : SW_HIDE;
+    start.input = null.get();
+    start.output = captureOutput ? pipe.get() : null.get();
+    start.errors = captureErrors ? pipe.get() : null.get();
 
-    std::vector<HANDLE> handles{null.get()};
-    if (pipe) {
-        handles.push_back(pipe.get());
+    StartedProcess started;
+    if (const int error = startInJob(start, started); error != 0) {
+        return error;
     }
-    HANDLE jobHandle = job.get();
-    StartAttributes attributes(handles, &jobHandle);
-    if (!attributes) {
-        return lastError();
-    }
-    STARTUPINFOEXW startup{};
-    startup.StartupInfo.cb = sizeof startup;
-    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-    startup.StartupInfo.wShowWindow = showWindow ? SW_SHOWNORMAL : SW_HIDE;
-    startup.StartupInfo.hStdInput = null.get();
-    startup.StartupInfo.hStdOutput = captureOutput ? pipe.get() : null.get();
-    startup.StartupInfo.hStdError = captureErrors ? pipe.get() : null.get();
-    startup.lpAttributeList = attributes.list();
-
-    silenceDialogs();
-    std::wstring commandLine = commandLineOf(arguments);
-    PROCESS_INFORMATION started{};
-    if (CreateProcessW(nativePath(program, "start").c_str(), commandLine.data(), nullptr, nullptr,
-                       TRUE, creationFlags | creationFlagsHere(), nullptr,
-                       folderToStartIn(workingDirectory).c_str(), &startup.StartupInfo,
-                       &started) == 0) {
-        return lastError();
-    }
-    const Handle thread(started.hThread);
-    process = &startedProcesses.emplace_back();
-    process->process = Handle(started.hProcess);
-    process->job = std::move(job);
-    process->number = started.dwProcessId;
+    process = &startedProcesses.emplace_back(std::move(started));
     return 0;
 }
 

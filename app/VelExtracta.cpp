@@ -1,17 +1,26 @@
+#include <cstddef>
+#include <cstdint>
 #include <iostream>
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "app/StatusLine.h"
 #include "executor/ExtractaExecutor.h"
+#include "executor/OutputCheck.h"
 #include "tkcore/AString.h"
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
 #include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
+#include "tkcore/Terminal.h"
 #include "views/ActiveView.h"
+#include "views/ExtractaViewControl.h"
+#include "views/ViewType.h"
 
 namespace {
+
+namespace fs = boost::filesystem;
 
 using tkcore::AString;
 using namespace velextracta;
@@ -41,18 +50,49 @@ bool package(ExtractaExecutor& executor, const CommandLine& options, const AStri
                        : executor.moveActiveViews(outputPath, extension);
 }
 
+/// The names under which the views and the added files are delivered.
+std::vector<fs::path> deliveredNames(const CommandLine& options, const ViewSet& views) {
+    std::vector<fs::path> names;
+    names.reserve(static_cast<std::size_t>(views.GetCount()) + options.addedFiles.size());
+    for (std::int32_t n = 0; n < views.GetCount(); ++n) {
+        names.push_back(tkcore::toPath(MakeViewFileName(views.GetAt(n), "")));
+    }
+    for (const AString& text : options.addedFiles) {
+        if (const fs::path file = tkcore::toPath(text); tkcore::isThere(file)) {
+            names.push_back(file.filename());
+        }
+    }
+    return names;
+}
+
+void checkOutput(RunObserver& observer, const CommandLine& options, const ViewSet& views,
+                 const tkcore::LongFileName& design, const fs::path& base, const fs::path& output) {
+    if (options.zip) {
+        warnAboutArchive(observer, output, design);
+        warnAboutRoom(observer, {base, output.parent_path()}, design);
+    } else {
+        warnAboutFolder(observer, output, deliveredNames(options, views), design);
+        warnAboutRoom(observer, {base}, design);
+    }
+}
+
 /// Creates and packs the views; returns the exit code.
 int run(const CommandLine& options, const AString& designPath, const AString& outputPath) {
-    ExtractaExecutor executor;
+    StatusLine statusLine;
+    ExtractaExecutor executor(statusLine);
     std::vector<ActiveView> activeViews;
     const AString base = workingDirectoryBase(designPath, outputPath);
     const ViewSet& views = options.standardViews ? kStandardViews : kCellViews;
+    checkOutput(statusLine, options, views, tkcore::LongFileName(designPath), tkcore::toPath(base),
+                tkcore::toPath(outputPath));
     if (!executor.createExtractaViews(designPath, base, views, options.nets, activeViews)) {
+        tkcore::eraseTerminalLine();
         VEL_ASSERT(kSource, !"view creation failed");
         std::cerr << "view creation failed (1).\n";
         return 1;
     }
     const bool packaged = package(executor, options, outputPath);
+    tkcore::eraseTerminalLine();
     // Printed whatever the packaging came to; a failure line follows it.
     std::cout << "VLX file written: " << outcomeValue(outputPath) << '\n' << std::flush;
     if (!packaged) {

@@ -104,7 +104,7 @@ void pack(Arguments arguments) {
 /// COMBINED PIECE...
 void merge(Arguments arguments) {
     const Times begin = timesNow();
-    ConnectivityMerge merge(arguments[0], [] {});
+    ConnectivityMerge merge(arguments[0]);
     for (const char* piece : arguments.subspan(1)) {
         merge.append(piece);
     }

@@ -54,7 +54,7 @@ std::string ConnectivityMerge::append(const AString& path) {
         }
         for (auto bytes = input->readBytes(); !bytes.empty(); bytes = input->readBytes()) {
             write({bytes.data(), bytes.size()});
-            meanwhile();
+            meanwhile(bytes.size());
         }
     });
     return doubtAboutHeader(header, jRecord);

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "tkcore/AString.h"
 #include "tkcore/OutputFile.h"
@@ -14,11 +16,13 @@ namespace velextracta {
 /// ExtractaParserException, naming the file.
 class ConnectivityMerge final {
 public:
-    /// What is done between two pieces of a large file, for others that wait meanwhile; may throw.
-    using Meanwhile = std::function<void()>;
+    /// Called between two parts of a large file with the bytes of the part before, for others that
+    /// wait meanwhile; may throw.
+    using Meanwhile = std::function<void(std::size_t bytes)>;
 
     /// A combined file that cannot be opened shows when the first file is added.
-    ConnectivityMerge(const tkcore::AString& combinedPath, Meanwhile meanwhile);
+    explicit ConnectivityMerge(
+        const tkcore::AString& combinedPath, Meanwhile whatToDo = [](std::size_t) {});
 
     /// The doubt about the file's header lines, for a warning; empty if there is none.
     std::string append(const tkcore::AString& path);

@@ -1,8 +1,10 @@
 #include "executor/ExtractaExecutor.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <numeric>
 #include <string>
 #include <system_error>
 
@@ -35,6 +37,22 @@ constexpr unsigned long kReadBufferSize = 65536;
 /// The reason behind an assertion that only tells where a packaging failed.
 void logReason(const std::exception& exception) {
     tkcore::writeLog(0, "error: ", exception.what());
+}
+
+std::uint64_t totalSize(const std::vector<fs::path>& files) {
+    return std::accumulate(
+        files.begin(), files.end(), std::uint64_t{0},
+        [](std::uint64_t sum, const fs::path& file) { return sum + tkcore::fileSize(file); });
+}
+
+void pack(const std::vector<fs::path>& files, CZipArchive& archive, RunObserver& observer) {
+    const std::uint64_t all = totalSize(files);
+    std::uint64_t packed = 0;
+    archive.reportProgressTo([&](std::uint64_t bytes) { observer.packed(packed += bytes, all); });
+    for (const fs::path& file : files) {
+        archive.AddNewFile(VEL_ANSI(tkcore::pathText(file)), CZipArchive::kDefaultLevel, true,
+                           CZipArchive::kSafeSmartness, kReadBufferSize);
+    }
 }
 
 }  // namespace
@@ -143,11 +161,8 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
         return false;
     }
     try {
-        for (const fs::path& entry :
-             entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension)) {
-            archive.AddNewFile(VEL_ANSI(tkcore::pathText(entry)), CZipArchive::kDefaultLevel, true,
-                               CZipArchive::kSafeSmartness, kReadBufferSize);
-        }
+        pack(entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension),
+             archive, observer);
         // Inside the guarded block: a disk may fill up as late as here.
         archive.Close(0, false);
     } catch (const std::exception& exception) {

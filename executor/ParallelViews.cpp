@@ -59,6 +59,7 @@ private:
     std::vector<RankedNet> surveyNets(const std::vector<AString>& nets);
     bool canHaveProcesses(const AString& net) const;
     void splitNet(std::size_t rank, const AString& net);
+    std::uint64_t finishedConnectivityBytes() const;
     void start(Generators& generators, const ExtractaViewDef& definition, const AString& name) {
         generators.push_back(boost::make_shared<ExtractaViewGenerator>(
             designFile, definition, workingDir, generatorOption, name));
@@ -165,15 +166,32 @@ void ParallelRun::splitNet(std::size_t rank, const AString& net) {
     }
 }
 
+std::uint64_t ParallelRun::finishedConnectivityBytes() const {
+    std::uint64_t bytes = 0;
+    for (const auto& generator : connectivityGenerators) {
+        bytes += generator->finishedSize();
+    }
+    return bytes;
+}
+
 ActiveView ParallelRun::mergeConnectivity() {
     const AString combinedPath = workingDir.FilePath() + MakeViewFileName(ViewType::conn, "");
+    std::uint64_t merged = 0;
+    std::uint64_t finished = 0;
     // A large piece takes its time: finished children are reaped and queued ones started meanwhile.
-    ConnectivityMerge merge(combinedPath, ExtractaViewGenerator::pollProcesses);
+    ConnectivityMerge merge(combinedPath, [&](std::size_t bytes) {
+        observer.merged(merged += bytes, finished);
+        ExtractaViewGenerator::pollProcesses();
+    });
     for (const auto& generator : connectivityGenerators) {
         const AString path = generator->waitForViewFile().path;
+        const std::uint64_t mergedThen = merged + generator->finishedSize();
+        finished = finishedConnectivityBytes();
+        observer.merged(merged, finished);
         if (const std::string doubt = merge.append(path); !doubt.empty()) {
             warn(observer, "the piece " + path + " is doubtful: " + doubt);
         }
+        observer.merged(merged = mergedThen, finished);  // with the header lines
     }
     return {ViewType::conn, combinedPath};
 }

@@ -9,6 +9,7 @@
 #include "process/ExtractaProcess.h"
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Log.h"
+#include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
@@ -61,6 +62,11 @@ ActiveView ExtractaViewGenerator::waitForViewFile() {
         pool.wait();
     }
     return {viewType, outputFile.FilePath()};
+}
+
+std::uint64_t ExtractaViewGenerator::finishedSize() const {
+    const bool isFinished = !pool.isQueued(*this) && !child.isStarted();
+    return isFinished ? tkcore::fileSize(VEL_ANSI(outputFile.FilePath())) : 0;
 }
 
 void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,

@@ -45,6 +45,9 @@ public:
     /// what goes wrong with any other running generator.
     ActiveView waitForViewFile();
 
+    /// Bytes of the view file; 0 while extracta has not ended.
+    std::uint64_t finishedSize() const;
+
     /// Runs one extracta for a control file of several views, outside the pool, and returns when
     /// it has ended. The paths of the views are the output files in the order of their blocks.
     static void runExtracta(const tkcore::LongFileName& designFile,

@@ -13,7 +13,10 @@
 #include <system_error>
 
 #include "tkcore/OutputFile.h"
+#include "tkcore/Path.h"
+#include "tkcore/PathStatus.h"
 #include "tkcore/System.h"
+#include "tkcore/Terminal.h"
 
 namespace tkcore {
 
@@ -45,6 +48,7 @@ public:
         try {
             if (path != "-") {
                 file.emplace(path, OutputFile::IfThere::kAppend);
+                mayBeTerminal = !isRegularFile(toPath(path));
             }
             level = wantedLevel;
         } catch (const std::system_error&) {
@@ -55,6 +59,9 @@ public:
     bool takes(int textLevel) const { return textLevel <= level; }
 
     void write(std::string_view prefix, std::string_view text) {
+        if (mayBeTerminal) {
+            eraseTerminalLine();
+        }
         while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
             text.remove_suffix(1);
         }
@@ -92,6 +99,7 @@ private:
 
     std::optional<OutputFile> file;  // else standard error
     int level = -1;
+    bool mayBeTerminal = true;
 };
 
 Log& theLog() {

@@ -14,6 +14,17 @@ bool isDirectory(const fs::path& path) {
     return !isReserved(path) && fs::is_directory(path, error);
 }
 
+bool isRegularFile(const fs::path& path) {
+    boost::system::error_code error;
+    return !isReserved(path) && fs::is_regular_file(path, error);
+}
+
+std::uint64_t fileSize(const fs::path& path) {
+    boost::system::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    return error ? 0 : size;
+}
+
 bool isSameFile(const fs::path& left, const fs::path& right) {
     boost::system::error_code error;
     return fs::equivalent(left, right, error) && !error;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include <boost/filesystem.hpp>
 
 namespace tkcore {
@@ -10,6 +12,10 @@ bool isThere(const boost::filesystem::path& path);
 
 /// Whether the path leads to a directory; the same holds for one that cannot be looked at.
 bool isDirectory(const boost::filesystem::path& path);
+
+/// Whether the path leads to a regular file, and the bytes of that; 0 if it leads to none.
+bool isRegularFile(const boost::filesystem::path& path);
+std::uint64_t fileSize(const boost::filesystem::path& path);
 
 /// Whether both paths lead to one file, through whatever links and spellings.
 bool isSameFile(const boost::filesystem::path& left, const boost::filesystem::path& right);

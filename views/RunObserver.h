@@ -24,7 +24,8 @@ public:
     /// Time passes, with nothing else to tell; called about every millisecond.
     virtual void waiting() {}
 
-    /// So many of all bytes of the connectivity pieces are merged, of all files packed.
+    /// So many bytes are merged, of all in the connectivity pieces that are finished, or packed, of
+    /// all files.
     virtual void merged(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
     virtual void packed(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
 

@@ -272,6 +272,12 @@ TEST_P(FaultMatrix, isToldAndLeavesNothing) {
     EXPECT_FALSE(anyProcessLeft());
     const std::string log = readFile(tools / "log");
     EXPECT_NE(log.find(row.logged), std::string::npos) << row.logged << " is missing in\n" << log;
+    // What is certain to fail is told before anything starts, and nothing else is.
+    const std::regex certain("(archive|moved|base)(?!InALostFolder).*");
+    const std::string beginning = log.substr(0, log.find("*StartChildProcess"));
+    EXPECT_EQ(std::regex_search(beginning, std::regex("warning: the (archive|views) will not be")),
+              std::regex_match(row.name, certain))
+        << beginning;
     const std::string changes = row.changes;
     auto after = contents();
     EXPECT_EQ(before == after, changes.empty());
@@ -302,6 +308,12 @@ TEST_F(Fault, showsInTheArgumentsBeforeAnythingIsMade) {
         EXPECT_EQ(outcome.output + outcome.errors, "");
     }
     EXPECT_EQ(files(), before);
+}
+
+TEST_F(Fault, isForetoldOfADiskWithLessRoomThanTheDesignTakes) {
+    fs::resize_file(design, 2 * fs::space(directory.path()).available);
+    EXPECT_EQ(run(kCell).exitCode, 0);
+    EXPECT_NE(readFile(tools / "log").find("warning: the disk of "), std::string::npos);
 }
 
 TEST_F(Fault, neverMixesTheFilesOfTwoRunsInOneSecond) {

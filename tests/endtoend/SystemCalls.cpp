@@ -17,9 +17,9 @@ namespace {
 
 constexpr std::size_t kBytesBeforeFailure = 100;
 
-/// Whether the path behind the descriptor ends in what READ_FAILS says.
-bool shallFail(int descriptor) {
-    const char* ending = std::getenv("READ_FAILS");
+/// Whether the path behind the descriptor ends in what the variable says.
+bool isNamedBy(const char* variable, int descriptor) {
+    const char* ending = std::getenv(variable);
     if (ending == nullptr) {
         return false;
     }
@@ -61,10 +61,13 @@ extern "C" int dup3(int descriptor, int number, int flags) {
     return systemDup(descriptor, number, flags);
 }
 
-/// A disk that can be read at the beginning of the file only.
+/// A disk that can be read at the beginning of the file only, or a slow one.
 extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
     static const auto systemRead = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
-    if (!shallFail(descriptor)) {
+    if (isNamedBy("READ_IS_SLOW", descriptor)) {
+        usleep(50'000);
+    }
+    if (!isNamedBy("READ_FAILS", descriptor)) {
         return systemRead(descriptor, buffer, size);
     }
     if (lseek(descriptor, 0, SEEK_CUR) != 0) {

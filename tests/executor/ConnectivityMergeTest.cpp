@@ -20,7 +20,7 @@ class Merge : public testing::Test {
 protected:
     /// Merges files of these texts; the number of those whose header is doubted.
     int merge(const std::vector<std::string>& texts) {
-        ConnectivityMerge merge(path("conn.txt"), [this] { ++turns; });
+        ConnectivityMerge merge(path("conn.txt"), [this](std::size_t) { ++turns; });
         int doubts = 0;
         for (const std::string& text : texts) {
             writeFile(directory / "piece", text);
@@ -67,7 +67,7 @@ TEST_F(Merge, copiesALargePieceWholeAndGivesOthersTheirTurn) {
 
 TEST_F(Merge, namesThePieceThatItCannotAdd) {
     const auto failure = [this](const char* combined, const char* piece) {
-        return [=, this] { ConnectivityMerge(path(combined), [] {}).append(piece); };
+        return [=, this] { ConnectivityMerge(path(combined)).append(piece); };
     };
     writeFile(directory / "piece", "A!\r\nJ!\r\nS!\r\n");
     const std::string piece = (directory / "piece").string();

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/StatusText.h"
+#include "tkcore/AString.h"
+#include "tkcore/Terminal.h"
+#include "views/RunObserver.h"
+
+namespace velextracta {
+
+/// Shows what a run is at in one line on the terminal, rewritten at most ten times a second; does
+/// nothing where there is no terminal. The front end owns it.
+class StatusLine final : public RunObserver {
+public:
+    void extractionQueued(const tkcore::AString& name) override;
+    void extractionStarted(const tkcore::AString& name, const tkcore::AString& path) override;
+    void extractionFinished(const tkcore::AString& name) override;
+    void waiting() override { show(); }
+    void merged(std::uint64_t bytes, std::uint64_t all) override;
+    void packed(std::uint64_t bytes, std::uint64_t all) override;
+    void warned(const tkcore::AString& text) override;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Extraction {
+        tkcore::AString name;
+        std::string path;
+        Clock::time_point start;
+    };
+
+    /// Bytes merged or packed, and where it went on after it last had nothing to do.
+    struct Work {
+        void note(std::uint64_t bytesDone, std::uint64_t bytesOfAll);
+        [[nodiscard]] bool isUnderWay() const { return bytes < all; }
+        [[nodiscard]] RunStatus::Progress progress(Clock::time_point now) const;
+
+        std::uint64_t bytes = 0;
+        std::uint64_t all = 0;
+        std::uint64_t startBytes = 0;
+        Clock::time_point start;
+    };
+
+    void show();
+    [[nodiscard]] RunStatus status(Clock::time_point now) const;
+
+    tkcore::TerminalLine line;
+    Clock::time_point nextTime =
+        line.isPossible() ? Clock::time_point::min() : Clock::time_point::max();
+    std::vector<Extraction> running;
+    std::vector<tkcore::AString> queued;
+    std::size_t finished = 0;
+    std::uint64_t finishedBytes = 0;
+    Work merging;
+    Work packing;
+    bool isPacking = false;
+    std::size_t warnings = 0;
+    tkcore::AString lastWarning;
+    Clock::time_point lastWarningTime;
+};
+
+}  // namespace velextracta

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+namespace tkcore {
+
+/// One line on the terminal that standard error is, rewritten in place. There is at most one in a
+/// process; a signal that ends the process at once erases it, and so does the log before it writes.
+///
+/// Where standard error is no terminal, or one that cannot erase a line, nothing is ever written;
+/// neither is it while the terminal belongs to another job, or takes no more text.
+class TerminalLine final {
+public:
+    TerminalLine();
+    ~TerminalLine();  // erases it
+    TerminalLine(const TerminalLine&) = delete;
+    TerminalLine& operator=(const TerminalLine&) = delete;
+
+    /// Whether there is a terminal for it.
+    [[nodiscard]] bool isPossible() const noexcept { return system != nullptr; }
+
+    /// How many columns a text may take on the terminal as it is now, so that it never wraps.
+    [[nodiscard]] unsigned columns() const noexcept;
+
+    /// Shows the text in place of the one before, cut to the columns. What the terminal cannot
+    /// print is shown as "?".
+    void show(std::wstring_view text);
+
+private:
+    struct System;
+    std::unique_ptr<System> system;
+};
+
+/// Erases the line that is shown, if any; for whoever prints something else next.
+void eraseTerminalLine() noexcept;
+
+}  // namespace tkcore

@@ -15,7 +15,7 @@ std::wstring nativePath(const std::string& path, const char* action);
 /// The path in the form that is free of the system's limit on its length, if it is that long.
 std::wstring withoutLimit(const std::wstring& path);
 /// The inverse.
-std::wstring withLimit(std::wstring path);
+std::wstring withLimit(const std::wstring& path);
 
 /// The absolute path, as the system completes it.
 std::wstring fullPath(const std::wstring& path);

@@ -56,7 +56,7 @@ std::wstring withoutLimit(const std::wstring& path) {
                                      : std::wstring(kExtended) + full;
 }
 
-std::wstring withLimit(std::wstring path) {
+std::wstring withLimit(const std::wstring& path) {
     if (path.starts_with(kExtendedShare)) {
         return L"\\\\" + path.substr(kExtendedShare.size());
     }

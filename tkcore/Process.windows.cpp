@@ -92,7 +92,7 @@ std::wstring commandLineOf(const std::vector<std::string>& arguments) {
 /// A program cannot start in a folder whose path is too long; it may have a short name.
 std::wstring folderToStartIn(const AString& wanted) {
     constexpr std::size_t kLongest = MAX_PATH - 2;
-    const std::wstring full = fullPath(wanted.wide());
+    std::wstring full = fullPath(wanted.wide());
     if (full.size() <= kLongest) {
         return full;
     }

@@ -28,7 +28,7 @@ class Sizes:
     disk_bytes: int  # at the peak, with some room
 
 
-FULL = Sizes(10**9, 300_000, 4 * GIB, GIB, 10**7, 200, 10_000, 30, 10**6, 3, 12 * GIB)
+FULL = Sizes(10**9, 300_000, 4 * GIB, GIB, 10**7, 200, 6_000, 30, 10**6, 3, 12 * GIB)
 QUICK = Sizes(4 * 10**7, 30_000, 256 * MIB, 256 * MIB, 10**6, 40, 2_000, 10, 30_000, 1, 2 * GIB)
 
 

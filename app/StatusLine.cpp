@@ -1,8 +1,10 @@
 #include "app/StatusLine.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 
 namespace velextracta {
@@ -35,7 +37,7 @@ void StatusLine::extractionQueued(const AString& name) {
 
 void StatusLine::extractionStarted(const AString& name, const AString& path) {
     std::erase(queued, name);
-    running.push_back({name, VEL_ANSI(path), Clock::now()});
+    running.push_back({name, tkcore::toPath(path), Clock::now()});
     show();
 }
 

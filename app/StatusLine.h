@@ -3,8 +3,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
+
+#include <boost/filesystem/path.hpp>
 
 #include "app/StatusText.h"
 #include "tkcore/AString.h"
@@ -30,7 +31,7 @@ private:
 
     struct Extraction {
         tkcore::AString name;
-        std::string path;
+        boost::filesystem::path path;
         Clock::time_point start;
     };
 

@@ -3,6 +3,8 @@
 #include <iostream>
 #include <vector>
 
+#include <boost/filesystem/path.hpp>
+
 #include "app/CommandLine.h"
 #include "app/StatusLine.h"
 #include "executor/ExtractaExecutor.h"

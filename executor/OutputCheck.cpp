@@ -16,6 +16,7 @@ namespace velextracta {
 
 using tkcore::AString;
 using tkcore::LongFileName;
+using tkcore::VEL_ANSI;
 
 namespace {
 
@@ -23,24 +24,21 @@ namespace fs = boost::filesystem;
 
 constexpr std::uint64_t kBytesPerMegabyte = 1'000'000;
 
-std::string narrowText(const fs::path& path) {
-    return VEL_ANSI(tkcore::pathText(path));
-}
-
 /// Begins a new file at the path just as the archive will be begun, and drops it: only the system
 /// knows all that may be in the way.
 void tryToWrite(const fs::path& path) {
-    const tkcore::ReplacementFile dropped(narrowText(path));
+    const tkcore::ReplacementFile dropped(VEL_ANSI(tkcore::pathText(path)));
 }
 
 void refuseFolder(const fs::path& folder) {
     if (!tkcore::isDirectory(folder)) {
-        throw std::runtime_error("there is no folder " + narrowText(folder));
+        throw std::runtime_error("there is no folder " + VEL_ANSI(tkcore::pathText(folder)));
     }
     try {
         tryToWrite(folder / fs::unique_path());
     } catch (const std::system_error& error) {
-        throw std::runtime_error("cannot write to the folder " + narrowText(folder) + ": " +
+        throw std::runtime_error("cannot write to the folder " +
+                                 VEL_ANSI(tkcore::pathText(folder)) + ": " +
                                  error.code().message());
     }
 }

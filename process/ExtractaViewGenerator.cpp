@@ -9,6 +9,7 @@
 #include "process/ExtractaProcess.h"
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Log.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 
@@ -66,7 +67,7 @@ ActiveView ExtractaViewGenerator::waitForViewFile() {
 
 std::uint64_t ExtractaViewGenerator::finishedSize() const {
     const bool isFinished = !pool.isQueued(*this) && !child.isStarted();
-    return isFinished ? tkcore::fileSize(VEL_ANSI(outputFile.FilePath())) : 0;
+    return isFinished ? tkcore::fileSize(tkcore::toPath(outputFile.FilePath())) : 0;
 }
 
 void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,

@@ -12,9 +12,10 @@
 #include <string_view>
 #include <system_error>
 
+#include <boost/filesystem.hpp>
+
 #include "tkcore/OutputFile.h"
 #include "tkcore/Path.h"
-#include "tkcore/PathStatus.h"
 #include "tkcore/System.h"
 #include "tkcore/Terminal.h"
 
@@ -48,7 +49,8 @@ public:
         try {
             if (path != "-") {
                 file.emplace(path, OutputFile::IfThere::kAppend);
-                mayBeTerminal = !isRegularFile(toPath(path));
+                boost::system::error_code unknown;
+                mayBeTerminal = !boost::filesystem::is_regular_file(toPath(path), unknown);
             }
             level = wantedLevel;
         } catch (const std::system_error&) {
@@ -117,6 +119,7 @@ void endQuietly() {
     } catch (...) {
         VelDebug(0, "uncaught exception of an unknown type");
     }
+    eraseTerminalLine();
     endAbnormally();
 }
 

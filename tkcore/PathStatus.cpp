@@ -14,14 +14,9 @@ bool isDirectory(const fs::path& path) {
     return !isReserved(path) && fs::is_directory(path, error);
 }
 
-bool isRegularFile(const fs::path& path) {
-    boost::system::error_code error;
-    return !isReserved(path) && fs::is_regular_file(path, error);
-}
-
 std::uint64_t fileSize(const fs::path& path) {
     boost::system::error_code error;
-    const std::uintmax_t size = fs::file_size(path, error);
+    const std::uintmax_t size = isReserved(path) ? 0 : fs::file_size(path, error);
     return error ? 0 : size;
 }
 

@@ -13,8 +13,7 @@ bool isThere(const boost::filesystem::path& path);
 /// Whether the path leads to a directory; the same holds for one that cannot be looked at.
 bool isDirectory(const boost::filesystem::path& path);
 
-/// Whether the path leads to a regular file, and the bytes of that; 0 if it leads to none.
-bool isRegularFile(const boost::filesystem::path& path);
+/// The bytes of the regular file that the path leads to; 0 if it leads to none.
 std::uint64_t fileSize(const boost::filesystem::path& path);
 
 /// Whether both paths lead to one file, through whatever links and spellings.

@@ -1,5 +1,8 @@
 #include "tkcore/Terminal.h"
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <string>
 
 #include <windows.h>
@@ -9,82 +12,100 @@ namespace tkcore {
 namespace {
 
 constexpr unsigned kUsualColumns = 80;
+constexpr wchar_t kQuestionMark = L'?';
+/// Behind it are the scripts whose characters may take two columns.
+constexpr wchar_t kFirstWide = 0x1100;
 
-/// The console that standard error is, null if it is none; and whether a line is shown on it.
-HANDLE console = nullptr;
-bool isShown = false;
+std::atomic<HANDLE> console = nullptr;
+std::atomic<bool> isShown = false;
 
-void write(std::wstring_view text) noexcept {
-    DWORD written = 0;
-    WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+unsigned consoleColumns() noexcept {
+    CONSOLE_SCREEN_BUFFER_INFO screen{};
+    const bool isKnown = GetConsoleScreenBufferInfo(console, &screen) != 0;
+    const int window = screen.srWindow.Right - screen.srWindow.Left + 1;
+    const int width = std::min<int>(screen.dwSize.X, window);
+    return (isKnown && width > 0 ? static_cast<unsigned>(width) : kUsualColumns) - 1;
 }
 
-/// Anything beyond ASCII may take two columns.
-unsigned columnsOf(wchar_t character) {
-    return character < 0x7F ? 1 : 2;
+bool write(std::wstring_view text) noexcept {
+    DWORD written = 0;
+    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written,
+                         nullptr) != 0;
+}
+
+/// Halves of a character, and what has no width or no shape, have no place in a line.
+bool isPrintable(wchar_t character) noexcept {
+    WORD type = 0;
+    WORD shape = 0;
+    GetStringTypeW(CT_CTYPE1, &character, 1, &type);
+    GetStringTypeW(CT_CTYPE3, &character, 1, &shape);
+    return (type & C1_DEFINED) != 0 && (type & C1_CNTRL) == 0 && (shape & C3_NONSPACING) == 0 &&
+           !IS_HIGH_SURROGATE(character) && !IS_LOW_SURROGATE(character);
+}
+
+std::wstring fit(std::wstring_view text, unsigned columns) {
+    std::wstring fitted;
+    for (const wchar_t character : text) {
+        const wchar_t shown = isPrintable(character) ? character : kQuestionMark;
+        const unsigned width = shown < kFirstWide ? 1 : 2;
+        if (width > columns) {
+            break;
+        }
+        columns -= width;
+        fitted.push_back(shown);
+    }
+    return fitted;
 }
 
 }  // namespace
 
-/// Lets the console understand how a line is erased; as it was when destroyed.
 struct TerminalLine::System final {
-    System() : handle(GetStdHandle(STD_ERROR_HANDLE)) {
-        if (GetConsoleMode(handle, &modeBefore) != 0 &&
-            SetConsoleMode(handle, modeBefore | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0) {
-            console = handle;
-        }
-    }
+    System(HANDLE handle, DWORD oldMode) : mode(oldMode) { console = handle; }
     ~System() {
-        if (console != nullptr) {
-            eraseTerminalLine();
-            SetConsoleMode(handle, modeBefore);
-            console = nullptr;
-        }
+        eraseTerminalLine();
+        SetConsoleMode(console, mode);
+        console = nullptr;
     }
     System(const System&) = delete;
     System& operator=(const System&) = delete;
 
-    const HANDLE handle;
-    DWORD modeBefore = 0;
+    const DWORD mode;  // of the console before
+    std::wstring shown;
 };
 
-TerminalLine::TerminalLine() : system(std::make_unique<System>()) {
-    if (console == nullptr) {
-        system.reset();
+TerminalLine::TerminalLine() {
+    const HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+    const char* type = std::getenv("TERM");
+    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
+    DWORD mode = 0;
+    if (!isDumb && GetConsoleMode(handle, &mode) != 0 &&
+        SetConsoleMode(handle,
+                       mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0) {
+        system = std::make_unique<System>(handle, mode);
     }
 }
 
 TerminalLine::~TerminalLine() = default;
 
 unsigned TerminalLine::columns() const noexcept {
-    CONSOLE_SCREEN_BUFFER_INFO info{};
-    const bool isKnown = system && GetConsoleScreenBufferInfo(console, &info) != 0 &&
-                         info.srWindow.Right > info.srWindow.Left;
-    return isKnown ? static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left)
-                   : kUsualColumns - 1;
+    return system ? consoleColumns() : 0;
 }
 
 void TerminalLine::show(std::wstring_view text) {
     if (!system) {
         return;
     }
-    std::wstring fitted = L"\r";
-    unsigned left = columns();
-    for (const wchar_t character : text) {
-        if (columnsOf(character) > left) {
-            break;
-        }
-        left -= columnsOf(character);
-        fitted += character < L' ' || character == 0x7F ? L'?' : character;
+    std::wstring line = L"\r" + fit(text, consoleColumns()) + L"\x1b[K\r";
+    if (isShown && line == system->shown) {
+        return;
     }
-    write(fitted + L"\x1b[K\r");
-    isShown = true;
+    isShown = write(line);
+    system->shown = std::move(line);
 }
 
 void eraseTerminalLine() noexcept {
-    if (isShown) {
+    if (isShown.exchange(false)) {
         write(L"\r\x1b[K");
-        isShown = false;
     }
 }
 

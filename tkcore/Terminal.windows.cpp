@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include <windows.h>
@@ -43,8 +44,11 @@ bool isPrintable(wchar_t character) noexcept {
            !IS_HIGH_SURROGATE(character) && !IS_LOW_SURROGATE(character);
 }
 
-std::wstring fit(std::wstring_view text, unsigned columns) {
-    std::wstring fitted;
+/// A line that has the text, blanks behind it, and the cursor back at its start. No sequence of
+/// control characters erases a line on every console.
+std::wstring lineOf(std::wstring_view text) {
+    unsigned columns = consoleColumns();
+    std::wstring line = L"\r";
     for (const wchar_t character : text) {
         const wchar_t shown = isPrintable(character) ? character : kQuestionMark;
         const unsigned width = shown < kFirstWide ? 1 : 2;
@@ -52,24 +56,22 @@ std::wstring fit(std::wstring_view text, unsigned columns) {
             break;
         }
         columns -= width;
-        fitted.push_back(shown);
+        line.push_back(shown);
     }
-    return fitted;
+    return line.append(columns, L' ').append(L"\r");
 }
 
 }  // namespace
 
 struct TerminalLine::System final {
-    System(HANDLE handle, DWORD oldMode) : mode(oldMode) { console = handle; }
+    explicit System(HANDLE handle) { console = handle; }
     ~System() {
         eraseTerminalLine();
-        SetConsoleMode(console, mode);
         console = nullptr;
     }
     System(const System&) = delete;
     System& operator=(const System&) = delete;
 
-    const DWORD mode;  // of the console before
     std::wstring shown;
 };
 
@@ -78,10 +80,8 @@ TerminalLine::TerminalLine() {
     const char* type = std::getenv("TERM");
     const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
     DWORD mode = 0;
-    if (!isDumb && GetConsoleMode(handle, &mode) != 0 &&
-        SetConsoleMode(handle,
-                       mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0) {
-        system = std::make_unique<System>(handle, mode);
+    if (!isDumb && GetConsoleMode(handle, &mode) != 0) {
+        system = std::make_unique<System>(handle);
     }
 }
 
@@ -95,7 +95,7 @@ void TerminalLine::show(std::wstring_view text) {
     if (!system) {
         return;
     }
-    std::wstring line = L"\r" + fit(text, consoleColumns()) + L"\x1b[K\r";
+    std::wstring line = lineOf(text);
     if (isShown && line == system->shown) {
         return;
     }
@@ -105,7 +105,11 @@ void TerminalLine::show(std::wstring_view text) {
 
 void eraseTerminalLine() noexcept {
     if (isShown.exchange(false)) {
-        write(L"\r\x1b[K");
+        try {
+            write(lineOf({}));
+        } catch (const std::bad_alloc&) {
+            write(L"\r");  // what is printed next goes over it
+        }
     }
 }
 

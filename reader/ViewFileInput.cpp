@@ -7,7 +7,9 @@ namespace velextracta {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+// In larger steps the system looks for larger stretches of memory, which may take several times as
+// long once it has filled its cache.
+constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 
 }  // namespace
 

@@ -11,7 +11,7 @@
 namespace tkcore {
 
 void copyToNewFile(const std::string& source, const std::string& target) {
-    constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+    constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
     InputFile input(source);
     if (input.isDirectory()) {
         throw std::system_error(std::make_error_code(std::errc::is_a_directory),

@@ -14,7 +14,9 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 20U;
+// In larger steps the system looks for larger stretches of memory, which may take several times as
+// long once it has filled its cache.
+constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 constexpr int kMostLinks = 40;
 
 }  // namespace

@@ -273,6 +273,7 @@ const ViewCatalogueEntry* findViewCatalogueEntry(ViewType viewType) {
 const tkcore::AString& ViewTypeName(ViewType viewType) {
     static const std::vector<tkcore::AString> kNames = [] {
         std::vector<tkcore::AString> names;
+        names.reserve(kCatalogue.size());
         for (const ViewCatalogueEntry& entry : kCatalogue) {
             names.emplace_back(entry.name);
         }

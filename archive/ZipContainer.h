@@ -21,8 +21,8 @@ struct ZipEntry {
 enum class ZipMethod { kStored = 0, kDeflated = 8 };  // by the numbers of the format
 
 /// The zip format around the entries: headers, directory, the file they go to. Knows nothing of
-/// where entries come from. The file is at its path only after finish(). Every failure is thrown;
-/// the container is of no use after one.
+/// where entries come from. Owned by the CZipArchive that fills it. The file is at its path only
+/// after finish(). Every failure is thrown; the container is of no use after one.
 class ZipContainer final {
 public:
     explicit ZipContainer(const std::string& filePath);

@@ -12,7 +12,7 @@
 namespace velextracta {
 
 /// The table of one view file: the columns its header names, its J record and its S records.
-/// It owns all its texts.
+/// It owns all its texts. Filled once, by the grammar, for whoever asks readViewFile for it.
 class ExtractaViewData final {
 public:
     using Records = std::deque<FieldList>;  // grows without moving, or holding twice, what it has

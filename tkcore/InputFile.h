@@ -8,7 +8,8 @@
 
 namespace tkcore {
 
-/// An existing file or directory opened for reading, with what was known of it at that moment.
+/// An existing file or directory opened for reading, with what was known of it at that moment. The
+/// one way in which a path of a user or an extractor is opened; belongs to whoever reads it.
 /// Anything else (a pipe, a device, a socket) is refused, without waiting for its other end.
 /// Every failure is a std::system_error that names the path.
 class InputFile final {

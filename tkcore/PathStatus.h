@@ -6,11 +6,11 @@
 
 namespace tkcore {
 
-/// Whether the path leads to anything. One that cannot be looked at (too long a name, a closed
-/// folder) does not: what is done with it next then fails, and is told.
+/// Whether the path leads to anything. False also if the system refuses to look (too long a name, a
+/// closed folder): whoever goes on with the path then gets the reason from the system.
 bool isThere(const boost::filesystem::path& path);
 
-/// Whether the path leads to a directory; the same holds for one that cannot be looked at.
+/// Whether the path leads to a directory; false also if the system refuses to look.
 bool isDirectory(const boost::filesystem::path& path);
 
 /// The bytes of the regular file that the path leads to; 0 if it leads to none.

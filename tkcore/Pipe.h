@@ -7,7 +7,8 @@ namespace tkcore {
 /// What users hand around of a pipe: a look at one end, null for none.
 using PipeHandle = struct PipeEnd*;
 
-/// An anonymous pipe; neither end reaches a child by itself.
+/// An anonymous pipe; neither end reaches a child by itself. Owned by the ChildProgram that prints
+/// into it.
 class CPipe final {
 public:
     CPipe();
@@ -28,7 +29,7 @@ private:
     std::unique_ptr<PipeEnd> writeEnd;
 };
 
-/// Reads from the read end of a pipe without ever waiting for bytes.
+/// Reads from the read end of a pipe without ever waiting for bytes; made for each emptying.
 class CPipeCommunicator final {
 public:
     explicit CPipeCommunicator(PipeHandle readHandle) : readEnd(readHandle) {}

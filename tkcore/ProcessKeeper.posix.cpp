@@ -174,8 +174,8 @@ int exitCodeOf(int waitStatus) noexcept {
 }
 
 void keepProgram(const ProgramStart& start) noexcept {
-    // A group or session of its own keeps a signal meant for our whole group (the terminal's
-    // interrupt, a batch system's kill) from ending the keeper before its work is done.
+    // The terminal's interrupt and a batch system's kill go to all of our process group. The keeper
+    // must outlive us to end the program's tree, so it leaves the group.
     setsid();
     prctl(PR_SET_NAME, "process-keeper");
     resetSignals();

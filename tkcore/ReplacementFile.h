@@ -11,7 +11,8 @@ namespace tkcore {
 
 class ReplacementTarget;
 
-/// A new file that takes the place at its path only by commit(). Dropped before that it leaves no
+/// A new file that takes the place at its path only by commit(); an archive owns one while it is
+/// made. Dropped before that it leaves no
 /// trace, and an older file stays as it was. Symbolic links at the path are followed; anything
 /// there that is no writable regular file is refused.
 ///

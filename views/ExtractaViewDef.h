@@ -18,8 +18,8 @@ const std::vector<std::vector<tkcore::AString>>& ConnectivityClassGroups();
 /// Whether records without a net are asked for too. Nothing sets it.
 extern bool keepUnnamedNets;
 
-/// What one extracta view request contains. Conditions are complete texts ("CLASS != 'ETCH'"),
-/// narrow, and never looked into.
+/// What one extracta view request contains: made for a generator or a block of a control file.
+/// Conditions are complete texts ("CLASS != 'ETCH'"), narrow, and never looked into.
 struct ExtractaViewDef final {
     ViewType viewType{};
     std::string extractaView;                  // the keyword that extracta knows the view by

@@ -178,7 +178,7 @@ protected:
     AString writeAsked(const std::string& name, const std::string& then) const {
         const std::string body = "exec >/dev/null 2>&1; trap 'echo > asked.$$; " + then +
                                  "' TERM; echo > ready.$$; while :; do sleep 0.01; done\n";
-        return AString(writeScript(directory / name, body).string());
+        return writeScript(directory / name, body).string();
     }
 
     /// The processes that have noted something.

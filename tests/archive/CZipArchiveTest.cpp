@@ -16,6 +16,7 @@
 #include "support/Archive.h"
 #include "support/Contents.h"
 #include "support/FileSizeLimit.h"
+#include "support/ProgramRun.h"
 #include "support/TemporaryDirectory.h"
 #include "tkcore/Interruption.h"
 
@@ -115,11 +116,14 @@ TEST_F(CZipArchiveTest, isReadByOtherPrograms) {
         writeFile(paths.back(), bytes);
     }
     pack(paths);
-    for (const char* command : {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t"}) {
-        EXPECT_EQ(std::system((command + (" " + output.string() + " >/dev/null")).c_str()), 0);
+    for (const char* command : {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -xf"}) {
+        const Outcome outcome =
+            runProgram({{"/bin/sh", "-c", std::string(command) + " " + output.string()},
+                        {},
+                        folder.path(),
+                        {}});
+        EXPECT_EQ(outcome.exitCode, 0) << command << ": " << outcome.errors;
     }
-    const std::string folderName = folder.path().string();
-    EXPECT_EQ(std::system(("cd " + folderName + " && bsdtar -xf out.vlx").c_str()), 0);
     for (const fs::path& path : paths) {
         EXPECT_TRUE(readFile(folder.path() / path.relative_path()) == readFile(path)) << path;
     }

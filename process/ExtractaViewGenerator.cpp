@@ -59,10 +59,15 @@ ExtractaViewGenerator::~ExtractaViewGenerator() {
 
 ActiveView ExtractaViewGenerator::waitForViewFile() {
     while (pool.isQueued(*this) || checkFinished()) {
-        pollProcesses();
+        pool.pollProcesses();
         pool.wait();
     }
     return {viewType, outputFile.FilePath()};
+}
+
+void ExtractaViewGenerator::pollProcesses() {
+    pool.refresh();  // nobody waits meanwhile, so nobody else asks for news
+    pool.pollProcesses();
 }
 
 std::uint64_t ExtractaViewGenerator::finishedSize() const {

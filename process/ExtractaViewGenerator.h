@@ -56,7 +56,7 @@ public:
                             const tkcore::LongFileName& workingDir);
 
     /// One scheduling pass, for those who do something long between two waits.
-    static void pollProcesses() { pool.pollProcesses(); }
+    static void pollProcesses();
 
     /// Asks every running extracta to end, all at the same time: dropping the generators one by
     /// one would wait for each.

@@ -20,12 +20,13 @@ public:
     [[nodiscard]] bool isQueued(const ExtractaViewGenerator& generator) const;
     void leave(ExtractaViewGenerator& generator) noexcept;
 
-    /// One scheduling pass: reaps the children that have ended, then starts queued generators
-    /// while there is room.
+    /// One scheduling pass: reaps the children that are known to have ended, then starts queued
+    /// generators while there is room.
     void pollProcesses();
 
-    /// Pauses until there is news of a child, for a millisecond at most.
+    /// Pauses until there is news of a child, for a millisecond at most; or only asks for it.
     void wait();
+    void refresh() noexcept { watch.refresh(); }
 
     /// Whom to tell from now on; must outlive its use.
     void reportTo(RunObserver& newObserver) { currentObserver = &newObserver; }

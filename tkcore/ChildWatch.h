@@ -27,6 +27,9 @@ public:
     /// millisecond; those may then be worth a look.
     void wait() noexcept;
 
+    /// The same without waiting, for who does something else meanwhile.
+    void refresh() noexcept;
+
 private:
     struct System;
     std::unique_ptr<System> system;

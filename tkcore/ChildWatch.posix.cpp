@@ -37,9 +37,30 @@ struct ChildWatch::System final {
         }
     }
 
+    /// Marks the programs that the system has news of within the time; false if it cannot say.
+    bool noteNews(int milliseconds) const noexcept;
+
+    void doubtAll() const noexcept {
+        std::ranges::for_each(children, [](auto* child) { child->hasNews = true; });
+    }
+
     FileDescriptor queue;  // of the kernel; made when it is first needed
     std::vector<ChildProgram*> children;
 };
+
+bool ChildWatch::System::noteNews(int milliseconds) const noexcept {
+    std::array<epoll_event, 64> events;  // those that do not fit are told at the next time
+    const int count =
+        epoll_wait(queue.get(), events.data(), static_cast<int>(events.size()), milliseconds);
+    for (int n = 0; n < count; ++n) {
+        auto* const child =
+            static_cast<ChildProgram*>(events[static_cast<std::size_t>(n)].data.ptr);
+        if (std::ranges::find(children, child) != children.end()) {
+            child->hasNews = true;
+        }
+    }
+    return count >= 0 || errno == EINTR;
+}
 
 ChildWatch::ChildWatch() : system(std::make_unique<System>()) {}
 
@@ -65,19 +86,15 @@ void ChildWatch::remove(ChildProgram& child) noexcept {
 }
 
 void ChildWatch::wait() noexcept {
-    std::array<epoll_event, 64> events;  // those that do not fit are told at the next wait
-    const int count = epoll_wait(system->queue.get(), events.data(),
-                                 static_cast<int>(events.size()), kPassMilliseconds);
-    for (int n = 0; n < count; ++n) {
-        auto* const child =
-            static_cast<ChildProgram*>(events[static_cast<std::size_t>(n)].data.ptr);
-        if (std::ranges::find(system->children, child) != system->children.end()) {
-            child->hasNews = true;
-        }
-    }
-    if (count < 0 && errno != EINTR) {
+    if (!system->noteNews(kPassMilliseconds)) {
         sleepMilliseconds(kPassMilliseconds);
-        std::ranges::for_each(system->children, [](auto* child) { child->hasNews = true; });
+        system->doubtAll();
+    }
+}
+
+void ChildWatch::refresh() noexcept {
+    if (!system->noteNews(0)) {
+        system->doubtAll();
     }
 }
 

@@ -24,4 +24,6 @@ void ChildWatch::wait() noexcept {
     sleepMilliseconds(1);
 }
 
+void ChildWatch::refresh() noexcept {}
+
 }  // namespace tkcore

@@ -5,9 +5,10 @@
 namespace tkcore {
 
 /// From here on a request to end is only noted, for the loops to ask after; one that the caller of
-/// the program had switched off stays off. It is SIGINT, SIGTERM or SIGHUP or, on Windows, an event
-/// of the console: Ctrl-C, Ctrl-Break, its closing, the end of the session. A write to a closed
-/// pipe, or beyond a limit on the size of files, no longer ends the process either: it fails.
+/// the program had switched off stays off. It is SIGINT, SIGTERM or SIGHUP or, where the system
+/// has these, an event of the console: Ctrl-C, Ctrl-Break, its closing, the end of the session. A
+/// write to a closed pipe, or beyond a limit on the size of files, no longer ends the process
+/// either: it fails.
 void noteInterruptions();
 
 /// The first request to end that has been noted, by the number of its signal; 0 while there is

@@ -38,9 +38,9 @@ int VeltGetProcessExitCode(ProcessHandle process, int& exitCode);
 bool hasProcessEnded(ProcessHandle process) noexcept;
 
 /// Asks the program and all its descendants to end, those too that changed their process group or
-/// session or have lost their parent; what is left of them after a second is ended for good, on
-/// Windows by VeltTerminateProcessTree or our own end. Does not wait, so that several trees end at
-/// the same time. Does nothing to a program that has ended.
+/// session or have lost their parent; what is left of them after a second is ended for good, at
+/// the latest by VeltTerminateProcessTree or our own end. Does not wait, so that several trees end
+/// at the same time. Does nothing to a program that has ended.
 void requestProcessTreeEnd(ProcessHandle process) noexcept;
 
 /// The same, and returns when none is left.

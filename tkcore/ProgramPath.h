@@ -7,8 +7,9 @@
 namespace tkcore {
 
 /// Sets path to the absolute path of the program to start. A name without a separator is looked up
-/// along PATH alone, on Windows in the folder of the running program before that, and never in the
-/// current directory, unless PATH names it. Returns 0 or the system's error code.
+/// along PATH alone, where the system's programs expect it in the folder of the running program
+/// before that, and never in the current directory, unless PATH names it. Returns 0 or the system's
+/// error code.
 int findProgram(const std::string& name, std::string& path);
 
 }  // namespace tkcore

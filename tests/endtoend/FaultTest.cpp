@@ -65,8 +65,8 @@ std::vector<Fault::Row> Fault::rows() {
     const auto extractor = [](const fs::path& path) {
         return [=](Fault& fault) { fault.environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = path; };
     };
-    // A limit on the size of a file stands for the full disk. It holds for the log as well, unless
-    // that is standard error, but not for extracta, so that the views are whole.
+    // A limit on the size of a file stands for the full disk. It holds for the log as well, but
+    // not for extracta, so that the views are whole.
     const auto mostInAFile = [](rlim_t size) {
         return [=](Fault& fault) {
             fault.useScript("ulimit -S -f unlimited\n" + goOn());

@@ -21,6 +21,19 @@ protected:
         EXPECT_EQ(files(), before);
     }
 
+    /// A run in which an extraction of the view hangs, with a child of its own.
+    ProgramRun startHanging(const std::string& view) {
+        environment["EXTRACTA_STANDIN_FAULT"] = view + "=hang";
+        environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
+        writeFile(tools / "trace", "");
+        return ProgramRun(command({"-z", "design.mcm", "out.vlx"}));
+    }
+
+    bool hangs() const {
+        return eventually(
+            [&] { return readFile(tools / "trace").find("child ") != std::string::npos; });
+    }
+
     std::set<std::string> before;
 };
 
@@ -60,13 +73,9 @@ TEST_F(Signal, endsTheRunCleanlyAtAnyMoment) {
 }
 
 TEST_F(Signal, endsEveryDescendantOfAHangingChild) {
-    environment["EXTRACTA_STANDIN_FAULT"] = "paddef=hang";
-    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        writeFile(tools / "trace", "");
-        ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
-        ASSERT_TRUE(eventually(
-            [&] { return readFile(tools / "trace").find("child ") != std::string::npos; }));
+        ProgramRun program = startHanging("paddef");
+        ASSERT_TRUE(hangs());
         EXPECT_TRUE(anyProcessLeft());
         kill(program.id(), signal);
         EXPECT_EQ(program.wait().exitCode, 128 + signal);
@@ -75,11 +84,8 @@ TEST_F(Signal, endsEveryDescendantOfAHangingChild) {
 }
 
 TEST_F(Signal, killsTheChildrenTogetherWithTheProgram) {
-    environment["EXTRACTA_STANDIN_FAULT"] = "layer=hang";
-    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
-    ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
-    ASSERT_TRUE(
-        eventually([&] { return readFile(tools / "trace").find("child ") != std::string::npos; }));
+    ProgramRun program = startHanging("layer");
+    ASSERT_TRUE(hangs());
     kill(program.id(), SIGKILL);
     EXPECT_EQ(program.wait().exitCode, 128 + SIGKILL);
     EXPECT_TRUE(eventually([this] { return !anyProcessLeft(); }));
@@ -89,11 +95,8 @@ TEST_F(Signal, killsTheChildrenTogetherWithTheProgram) {
 #ifndef __SANITIZE_ADDRESS__  // which has memory of its own
 TEST_F(Signal, endsEverythingThoughAKeeperHasNoMemoryLeft) {
     failCalls("KEEPER_WITHOUT_MEMORY", "");
-    environment["EXTRACTA_STANDIN_FAULT"] = "layer=hang";
-    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
-    ProgramRun program(command({"-z", "design.mcm", "out.vlx"}));
-    ASSERT_TRUE(
-        eventually([&] { return readFile(tools / "trace").find("child ") != std::string::npos; }));
+    ProgramRun program = startHanging("layer");
+    ASSERT_TRUE(hangs());
     kill(program.id(), SIGTERM);
     EXPECT_EQ(program.wait().exitCode, 128 + SIGTERM);
     expectNothingLeft();

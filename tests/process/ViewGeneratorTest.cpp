@@ -96,6 +96,17 @@ TEST_F(ViewGenerator, keepsHundredsQueuedWithoutDescriptors) {
     EXPECT_LT(openDescriptors(), beforeTheQueue);
 }
 
+TEST_F(ViewGenerator, startsWhatIsQueuedWhileSomebodyOnlyPolls) {
+    useExtracta("sleep 0.05; echo > done.$control\n");
+    ExtractaViewGenerator::maxConcurrentExtractas = 1;
+    start("1");
+    start("2");
+    EXPECT_TRUE(eventually([this] {
+        ExtractaViewGenerator::pollProcesses();
+        return std::filesystem::exists(directory / "done.extracta_control_conn2");
+    }));
+}
+
 TEST_F(ViewGenerator, noticesAnEndWhoseSignalIsLost) {
     useExtracta("sleep 0.05\n");
     start("1");

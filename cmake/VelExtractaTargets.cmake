@@ -23,23 +23,27 @@ if(VELEXTRACTA_FUZZ)
     target_compile_options(velextracta_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# Of each pair X.posix.cpp and X.windows.cpp, named X in PAIRS, every target takes the one for this
+# system.
+if(WIN32)
+    set(velextracta_pair_end .windows.cpp)
+else()
+    set(velextracta_pair_end .posix.cpp)
+endif()
+
 # A folder of the product: one static library, its headers named from the root ("tkcore/AString.h").
-# Of each pair X.posix.cpp and X.windows.cpp, named X in PAIRS, the one for this system.
 function(velextracta_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;PAIRS;LIBRARIES" ${ARGN})
-    if(WIN32)
-        list(TRANSFORM ARG_PAIRS APPEND .windows.cpp)
-    else()
-        list(TRANSFORM ARG_PAIRS APPEND .posix.cpp)
-    endif()
+    list(TRANSFORM ARG_PAIRS APPEND ${velextracta_pair_end})
     add_library(${name} STATIC ${ARG_SOURCES} ${ARG_PAIRS})
     target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC velextracta_settings ${ARG_LIBRARIES})
 endfunction()
 
 function(velextracta_program name)
-    cmake_parse_arguments(ARG "" "DESCRIPTION" "SOURCES;LIBRARIES" ${ARGN})
-    add_executable(${name} ${ARG_SOURCES})
+    cmake_parse_arguments(ARG "" "DESCRIPTION" "SOURCES;PAIRS;LIBRARIES" ${ARGN})
+    list(TRANSFORM ARG_PAIRS APPEND ${velextracta_pair_end})
+    add_executable(${name} ${ARG_SOURCES} ${ARG_PAIRS})
     target_link_libraries(${name} PRIVATE velextracta_settings ${ARG_LIBRARIES})
     if(WIN32)
         velextracta_resources(${name} "${ARG_DESCRIPTION}")

@@ -1,0 +1,194 @@
+// A program that does what the text beside it says: tests let it stand for extracta. The text has
+// its path with ".commands" behind it, and one of the commands below on each line.
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support/ScriptedSystem.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<char*> arguments;  // the program first
+
+/// Narrow text is UTF-8 everywhere, or bytes that go through unchanged.
+fs::path pathOf(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
+std::string textOf(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+std::string argument(std::size_t number) {
+    return number < arguments.size() ? arguments[number] : "";
+}
+
+/// Values stand where extracta is given them, whatever they hold.
+std::string expand(std::string text) {
+    const std::pair<std::string_view, std::string> values[] = {
+        {"$design", argument(4)},
+        {"$control", argument(5)},
+        {"$first", argument(6)},
+        {"$folder", textOf(pathOf(argument(4)).parent_path())},
+        {"$stem", textOf(pathOf(argument(5)).stem())},
+        {"$pid", std::to_string(system_of_script::ownProcess())}};
+    for (std::size_t at = 0; (at = text.find('$', at)) != std::string::npos;) {
+        std::size_t taken = 1;
+        for (const auto& [name, value] : values) {
+            if (text.compare(at, name.size(), name) == 0) {
+                text.replace(at, name.size(), value);
+                taken = value.size();
+                break;
+            }
+        }
+        at += taken;
+    }
+    return text;
+}
+
+std::string unescape(const std::string& text) {
+    constexpr std::string_view kLetters = "rn0\\";
+    constexpr std::string_view kMeanings("\r\n\0\\", 4);
+    std::string bytes;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        bytes += text[at] == '\\' ? kMeanings.at(kLetters.find(text.at(++at))) : text[at];
+    }
+    return bytes;
+}
+
+std::pair<std::string, std::string> cutFirstWord(const std::string& line) {
+    const std::size_t blank = line.find(' ');
+    return {line.substr(0, blank), blank == std::string::npos ? "" : line.substr(blank + 1)};
+}
+
+void put(const fs::path& file, const std::string& bytes, std::ios::openmode mode) {
+    if (!(std::ofstream(file, mode | std::ios::binary) << bytes).flush()) {
+        throw std::runtime_error("cannot write " + textOf(file));
+    }
+}
+
+void awaitUntil(const auto& condition) {
+    while (!condition()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
+std::size_t countOf(const fs::path& prefix) {
+    std::size_t count = 0;
+    for (const auto& entry : fs::directory_iterator(fs::absolute(prefix).parent_path())) {
+        const std::string name = textOf(entry.path().filename());
+        count += name.starts_with(textOf(prefix.filename())) ? 1 : 0;
+    }
+    return count;
+}
+
+std::string listArguments() {
+    std::string lines;
+    for (std::size_t number = 1; number < arguments.size(); ++number) {
+        lines += argument(number) + "\n";
+    }
+    return lines + textOf(fs::current_path()) + "\n";
+}
+
+fs::path besideThis(const std::string& name) {
+    const fs::path own = system_of_script::ownProgram();
+    return own.parent_path() / (pathOf(name) += own.extension());
+}
+
+void obey(const std::string& line);
+
+void obeyIf(bool wanted, const std::string& part, const std::string& line) {
+    if ((expand("$stem").find(part) != std::string::npos) == wanted) {
+        obey(line);
+    }
+}
+
+struct Command {
+    std::string_view name;
+    void (*obey)(const std::string& word, const std::string& text);  // the rest of the line is text
+};
+
+constexpr Command kCommands[] = {
+    // The first word is a file or folder.
+    {"arguments", [](auto& file, auto&) { put(pathOf(file), listArguments(), std::ios::out); }},
+    {"write", [](auto& file, auto& text) { put(pathOf(file), text, std::ios::out); }},
+    {"append", [](auto& file, auto& text) { put(pathOf(file), text, std::ios::app); }},
+    {"copy", [](auto& from, auto& to) { fs::copy_file(pathOf(from), pathOf(to)); }},
+    {"remove", [](auto& path, auto&) { fs::remove_all(pathOf(path)); }},
+    {"make-folder", [](auto& path, auto&) { fs::create_directory(pathOf(path)); }},
+    {"await", [](auto& file, auto&) { awaitUntil([&] { return fs::exists(pathOf(file)); }); }},
+    {"await-count",
+     [](auto& prefix, auto& count) {
+         awaitUntil([&] { return countOf(pathOf(prefix)) >= std::stoul(count); });
+     }},
+    // The name of a program beside this one.
+    {"start", [](auto& name, auto&) { system_of_script::start(besideThis(name), false); }},
+    {"start-detached", [](auto& name, auto&) { system_of_script::start(besideThis(name), true); }},
+    // A number.
+    {"flood", [](auto& bytes, auto&) { std::cout << std::string(std::stoul(bytes), 'x'); }},
+    {"sleep",
+     [](auto& time, auto&) {
+         std::this_thread::sleep_for(std::chrono::milliseconds(std::stoul(time)));
+     }},
+    {"exit", [](auto& code, auto&) { std::exit(static_cast<int>(std::stoul(code))); }},
+};
+
+void obey(const std::string& line) {
+    const auto [command, rest] = cutFirstWord(line);
+    if (command == "print" || command == "complain") {
+        (command == "print" ? std::cout : std::cerr) << expand(unescape(rest)) << std::flush;
+        return;
+    }
+    if (command == "become") {
+        system_of_script::become(pathOf(rest), arguments.data());
+    }
+    const auto [word, text] = cutFirstWord(rest);
+    if (command == "if" || command == "unless") {
+        obeyIf(command == "if", word, text);
+        return;
+    }
+    for (const Command& row : kCommands) {
+        if (row.name == command) {
+            row.obey(expand(word), expand(unescape(text)));
+            return;
+        }
+    }
+    if (!system_of_script::obey(command, expand(word))) {
+        throw std::runtime_error("cannot obey \"" + line + "\"");
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int kMisused = 99;
+    try {
+        arguments.assign(argv, argv + argc);
+        system_of_script::writeBytesUnchanged();
+        fs::path commands = system_of_script::ownProgram();
+        if (commands.extension() == ".exe") {
+            commands.replace_extension();
+        }
+        std::ifstream file(commands += ".commands", std::ios::binary);
+        for (std::string line; std::getline(file, line);) {
+            obey(line);
+        }
+        return file.eof() ? 0 : kMisused;
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+        return kMisused;
+    }
+}

@@ -76,7 +76,7 @@ struct TerminalLine::System final {
 };
 
 TerminalLine::TerminalLine() {
-    const HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
     const char* type = std::getenv("TERM");
     const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
     DWORD mode = 0;

@@ -59,7 +59,7 @@ void warnAboutFolder(RunObserver& observer, const fs::path& folder,
     try {
         refuseFolder(folder);
         for (const fs::path& name : names) {
-            refuseDesign(folder / name, design);
+            refuseDesign(tkcore::pathIn(folder, name), design);
         }
     } catch (const std::exception& failure) {
         warn(observer, AString("the views will not be moved: ").append(failure.what()));

@@ -33,7 +33,7 @@ std::vector<fs::path> entriesWithExtension(const fs::path& directory, const AStr
     // Listed before any is moved: a listing of a directory that changes may skip entries.
     for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
         if (extension.empty() || tkcore::pathText(entry.path().extension()).Match(extension)) {
-            entries.push_back(entry.path());
+            entries.push_back(tkcore::pathIn(directory, entry.path().filename()));
         }
     }
     return entries;
@@ -60,10 +60,10 @@ void moveEntries(const std::vector<fs::path>& entries, const fs::path& directory
                                    make_error_code(boost::system::errc::no_such_file_or_directory));
     }
     for (const fs::path& entry : entries) {
-        refuseDesign(directory / entry.filename(), design);
+        refuseDesign(tkcore::pathIn(directory, entry.filename()), design);
     }
     for (const fs::path& entry : entries) {
-        const fs::path target = directory / entry.filename();
+        const fs::path target = tkcore::pathIn(directory, entry.filename());
         if (isThere(target)) {
             fs::remove(target);
         }

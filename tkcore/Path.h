@@ -15,6 +15,10 @@ namespace tkcore {
 /// form that is free of the limit, and is absolute.
 boost::filesystem::path toPath(const AString& text);
 
+/// The path of a name in a folder, likewise: the two together may be too long where each is not.
+boost::filesystem::path pathIn(const boost::filesystem::path& folder,
+                               const boost::filesystem::path& name);
+
 /// The inverse of toPath().
 AString pathText(const boost::filesystem::path& path);
 

@@ -10,6 +10,10 @@ fs::path toPath(const AString& text) {
     return {VEL_ANSI(text)};
 }
 
+fs::path pathIn(const fs::path& folder, const fs::path& name) {
+    return folder / name;
+}
+
 AString pathText(const fs::path& path) {
     return path.native();
 }

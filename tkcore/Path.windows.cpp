@@ -76,6 +76,10 @@ fs::path toPath(const AString& text) {
     return {withoutLimit(text.wide())};
 }
 
+fs::path pathIn(const fs::path& folder, const fs::path& name) {
+    return {withoutLimit((folder / name).native())};
+}
+
 AString pathText(const fs::path& path) {
     return withLimit(path.native());
 }

@@ -139,7 +139,7 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
         return false;
     }
     const fs::path workingpath = tkcore::toPath(workingDirectory().FilePath());
-    VEL_ASSERT(kSource, fs::is_directory(workingpath));
+    VEL_ASSERT_TEXT(kSource, "fs::is_directory(workingpath)", isDirectory(workingpath));
     try {
         copyFiles(files, workingpath);
     } catch (const tkcore::Interrupted&) {

@@ -11,7 +11,14 @@ bool isThere(const fs::path& path) {
 
 bool isDirectory(const fs::path& path) {
     boost::system::error_code error;
-    return !isReserved(path) && fs::is_directory(path, error);
+    const fs::file_type type =
+        isReserved(path) ? fs::file_not_found : fs::status(path, error).type();
+    if (type != fs::reparse_file) {
+        return type == fs::directory_file;
+    }
+    // Of a folder that is kept in step with a cloud the library only knows that it is special.
+    const fs::directory_iterator listing(path, error);
+    return !error;
 }
 
 std::uint64_t fileSize(const fs::path& path) {

@@ -1,6 +1,7 @@
 #include "tkcore/ReplacementTarget.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -8,14 +9,21 @@
 #include <boost/filesystem.hpp>
 
 #include "tkcore/Handle.windows.h"
+#include "tkcore/Interruption.h"
 #include "tkcore/NativePath.windows.h"
 #include "tkcore/PathStatus.h"
+#include "tkcore/System.h"
 
 namespace tkcore {
 
 namespace {
 
 namespace fs = boost::filesystem;
+
+/// Whether the older file may be open elsewhere, perhaps for a moment only.
+bool isOpenElsewhere(DWORD error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+}
 
 class WindowsTarget final : public ReplacementTarget {
 public:
@@ -31,6 +39,8 @@ private:
     void openFile();
     /// Whether the system takes the file away when we let go of it, even if we are killed.
     bool vanishes(bool wanted) const noexcept;
+    /// To its place; returns 0, or the system's error code.
+    DWORD rename() const;
     [[noreturn]] void fail(DWORD error, const char* action) const {
         throwSystemError(error, std::string("cannot ") + action + " " + path);
     }
@@ -122,7 +132,7 @@ void WindowsTarget::bringToDisk() {
     }
 }
 
-void WindowsTarget::putInPlace() {
+DWORD WindowsTarget::rename() const {
     const std::wstring& name = place.native();
     std::vector<std::byte> room(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
     FILE_RENAME_INFO renaming{};
@@ -131,9 +141,25 @@ void WindowsTarget::putInPlace() {
     std::memcpy(room.data(), &renaming, sizeof renaming);
     std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
                 renaming.FileNameLength);
-    if (!vanishes(false) || SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
-                                                       static_cast<DWORD>(room.size())) == 0) {
+    const bool isDone = SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
+                                                   static_cast<DWORD>(room.size())) != 0;
+    return isDone ? 0 : GetLastError();
+}
+
+void WindowsTarget::putInPlace() {
+    constexpr unsigned kPause = 10;
+    if (!vanishes(false)) {
         fail(GetLastError(), "replace");
+    }
+    const auto deadline = std::chrono::steady_clock::now() + removalPatience();
+    DWORD error = rename();
+    while (isOpenElsewhere(error) && interruption() == 0 &&
+           std::chrono::steady_clock::now() < deadline) {
+        sleepMilliseconds(kPause);
+        error = rename();
+    }
+    if (error != 0) {
+        fail(error, "replace");
     }
     file.close();
 }

@@ -13,7 +13,7 @@ unsigned hardwareThreads() noexcept;
 void sleepMilliseconds(unsigned milliseconds);
 
 /// For how long it is worth trying to remove what others may hold open for a moment; none where
-/// that keeps nothing from being removed.
+/// that keeps nothing from being removed; likewise for a file that is to be replaced.
 std::chrono::milliseconds removalPatience() noexcept;
 
 /// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and

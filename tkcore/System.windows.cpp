@@ -49,7 +49,11 @@ AString systemMessage(int code) {
     while (size > 0 && buffer[size - 1] <= L' ') {
         --size;
     }
-    return narrow({buffer, size}).substr(0, kLongestText);
+    std::wstring_view text(buffer, size);
+    while (narrow(text).size() > kLongestText) {
+        text.remove_suffix(1);  // a whole character, whatever it takes in UTF-8
+    }
+    return std::wstring(text);
 }
 
 void throwSystemError(DWORD error, const std::string& text) {

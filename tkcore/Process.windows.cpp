@@ -30,6 +30,9 @@ constexpr std::chrono::seconds kGrace{1};
 /// The exit code of a program that we have ended; that of a terminated one elsewhere.
 constexpr UINT kEndedByUs = 143;
 
+/// What a program ends with by Ctrl-C, Ctrl-Break and the closing of its console.
+constexpr DWORD kEndedByConsole = 0xC000013A;
+
 /// The records behind all handles. A deque: handles stay good while it grows.
 std::deque<StartedProcess> startedProcesses;
 
@@ -214,10 +217,14 @@ int startInJob(const ProgramStart& start, StartedProcess& started) {
     return 0;
 }
 
-void noteEnd(StartedProcess& process) noexcept {
+DWORD exitCodeOf(const StartedProcess& process) noexcept {
     DWORD code = 0;
     GetExitCodeProcess(process.process.get(), &code);
-    process.exitCode = static_cast<int>(code);
+    return code;
+}
+
+void noteEnd(StartedProcess& process) noexcept {
+    process.exitCode = static_cast<int>(exitCodeOf(process));
     process.process.close();
     process.job.close();
 }
@@ -227,7 +234,11 @@ bool noteOwnEnd(StartedProcess& process) noexcept {
     if (process.deadline || WaitForSingleObject(process.process.get(), 0) != WAIT_OBJECT_0) {
         return false;
     }
-    endWithJob(process.job, false);
+    // A Ctrl-Break reaches every program of the console, so that the first news of the run's end
+    // may be the end of this one, which is then none of its own.
+    if (exitCodeOf(process) != kEndedByConsole) {
+        endWithJob(process.job, false);
+    }
     noteEnd(process);
     return true;
 }

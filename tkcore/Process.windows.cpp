@@ -14,6 +14,7 @@
 
 #include "tkcore/Log.h"
 #include "tkcore/NativePath.windows.h"
+#include "tkcore/Path.h"
 #include "tkcore/PipeEnd.windows.h"
 #include "tkcore/ProgramArguments.h"
 #include "tkcore/ProgramPath.h"
@@ -90,6 +91,13 @@ std::wstring commandLineOf(const std::vector<std::string>& arguments) {
         line.append(line.empty() ? L"" : L" ").append(isPlain ? wide : quoted(wide));
     }
     return line;
+}
+
+/// Whether the system starts its command interpreter for the file, which then looks for what stands
+/// first in the command line, and takes a slash there for an option.
+bool isBatchFile(const std::string& program) {
+    const AString type(toPath(program).extension().native());
+    return type.MatchNoCase(".bat") || type.MatchNoCase(".cmd");
 }
 
 /// A program cannot start in a folder whose path is too long; it may have a short name.
@@ -250,7 +258,7 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
                       const void* /*processSecurity*/, const void* /*threadSecurity*/,
                       PipeHandle output, unsigned creationFlags, bool showWindow,
                       bool captureOutput, bool captureErrors, int /*priority*/) {
-    const std::vector<std::string> arguments =
+    std::vector<std::string> arguments =
         plainArguments(std::span(argv, static_cast<std::size_t>(argc)));
     const std::string name = applicationName.empty() && !arguments.empty()
                                  ? arguments.front()
@@ -267,6 +275,9 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
     const Handle pipe = wantsPipe ? forChild(output->handle.get()) : forChild(null.get());
     if (!null || !pipe) {
         return lastError();
+    }
+    if (isBatchFile(start.program) && !arguments.empty()) {
+        arguments.front() = narrow(fullPath(widen(start.program)));
     }
     start.commandLine = commandLineOf(arguments);
     start.folder = folderToStartIn(workingDirectory);

@@ -21,8 +21,7 @@ int startError(const fs::path& file) {
     if (!isThere(file)) {
         return ERROR_FILE_NOT_FOUND;
     }
-    boost::system::error_code error;
-    return fs::is_regular_file(file, error) ? 0 : ERROR_ACCESS_DENIED;
+    return isDirectory(file) ? ERROR_ACCESS_DENIED : 0;
 }
 
 /// Sets path to the candidate, or to the candidate with ".exe" if it has no extension.
@@ -82,7 +81,7 @@ int findProgram(const std::string& name, std::string& path) {
     }
     int result = ERROR_FILE_NOT_FOUND;
     for (const fs::path& folder : searchedFolders()) {
-        const int error = completeProgram(toPath(pathText(folder / text.wide())), path);
+        const int error = completeProgram(pathIn(folder, text.wide()), path);
         if (error == 0) {
             return 0;
         }

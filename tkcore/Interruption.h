@@ -8,7 +8,7 @@ namespace tkcore {
 /// the program had switched off stays off. It is SIGINT, SIGTERM or SIGHUP or, where the system
 /// has these, an event of the console: Ctrl-C, Ctrl-Break, its closing, the end of the session. A
 /// write to a closed pipe, or beyond a limit on the size of files, no longer ends the process
-/// either: it fails.
+/// either: it fails, as does the access to a drive without a disk, which Windows would ask for.
 void noteInterruptions();
 
 /// The first request to end that has been noted, by the number of its signal; 0 while there is

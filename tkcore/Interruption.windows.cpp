@@ -40,6 +40,7 @@ BOOL WINAPI noteEvent(DWORD event) {
 
 void noteInterruptions() {
     SetConsoleCtrlHandler(noteEvent, TRUE);
+    SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
 }
 
 int interruption() noexcept {

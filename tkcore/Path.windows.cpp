@@ -60,7 +60,11 @@ std::wstring withLimit(const std::wstring& path) {
     if (path.starts_with(kExtendedShare)) {
         return L"\\\\" + path.substr(kExtendedShare.size());
     }
-    return path.starts_with(kExtended) ? path.substr(kExtended.size()) : path;
+    // Only what begins with a drive is the same path without: that of a volume is none then.
+    const std::size_t colon = kExtended.size() + 1;
+    return path.starts_with(kExtended) && path.size() > colon && path[colon] == L':'
+               ? path.substr(kExtended.size())
+               : path;
 }
 
 std::wstring nativePath(const std::string& path, const char* action) {

@@ -23,7 +23,7 @@ boost::filesystem::path pathIn(const boost::filesystem::path& folder,
 AString pathText(const boost::filesystem::path& path);
 
 /// The text of an absolute path; a relative one is taken from the current directory, an empty one
-/// is that directory. Nothing else is changed.
+/// is that directory. Nothing else is changed but a form of toPath()'s, which is taken back.
 AString absoluteText(const AString& text);
 
 /// The same path, narrow, with "/" between its names, and without what only says how to read it.

@@ -91,7 +91,8 @@ AString pathText(const fs::path& path) {
 AString absoluteText(const AString& text) {
     const fs::path given(text.wide());
     if (given.is_absolute() || isDevicePath(text.wide())) {
-        return text;
+        // What is put behind it may hold slashes, which the form without limit takes for letters.
+        return withLimit(text.wide());
     }
     // "\name" and "X:name" lean on the current drive, and on the current directory of a drive.
     if (given.has_root_path()) {

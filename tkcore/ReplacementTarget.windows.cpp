@@ -39,7 +39,7 @@ private:
     void openFile();
     /// Whether the system takes the file away when we let go of it, even if we are killed.
     bool vanishes(bool wanted) const noexcept;
-    /// To its place; returns 0, or the system's error code.
+    /// To its place; returns 0, or the system's error code, and the file vanishes as before.
     DWORD rename() const;
     [[noreturn]] void fail(DWORD error, const char* action) const {
         throwSystemError(error, std::string("cannot ") + action + " " + path);
@@ -141,16 +141,18 @@ DWORD WindowsTarget::rename() const {
     std::memcpy(room.data(), &renaming, sizeof renaming);
     std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
                 renaming.FileNameLength);
-    const bool isDone = SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
-                                                   static_cast<DWORD>(room.size())) != 0;
-    return isDone ? 0 : GetLastError();
+    const bool isDone =
+        vanishes(false) && SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
+                                                      static_cast<DWORD>(room.size())) != 0;
+    const DWORD error = isDone ? 0 : GetLastError();
+    if (!isDone) {
+        vanishes(true);
+    }
+    return error;
 }
 
 void WindowsTarget::putInPlace() {
     constexpr unsigned kPause = 10;
-    if (!vanishes(false)) {
-        fail(GetLastError(), "replace");
-    }
     const auto deadline = std::chrono::steady_clock::now() + removalPatience();
     DWORD error = rename();
     while (isOpenElsewhere(error) && interruption() == 0 &&

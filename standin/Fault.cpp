@@ -100,7 +100,7 @@ void flood(std::uint64_t bytes) {
 
 // The child leaves the session, so that only ending the whole process tree reaches it.
 [[noreturn]] void hang(const Trace& trace) {
-    startInOwnSession({kHangingChildOption, trace.processName()});
+    start(ownProgram(), {kHangingChildOption, trace.processName()}, Session::kItsOwn);
     sleepForEver();
 }
 

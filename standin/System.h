@@ -47,13 +47,26 @@ bool isStandardErrorATerminal();
 
 unsigned long processNumber();
 
+/// The path by which this program was started, links followed.
+std::filesystem::path ownProgram();
+
 [[noreturn]] void sleepForEver();
 
 /// Ends this process by the signal or, where there are none, with exit code 128 + signal.
 void endBySignal(int signal);
 
-/// Starts this program once more, with other arguments, in a session of its own.
-void startInOwnSession(const std::vector<std::string>& arguments);
+/// Starts a program and does not wait for it. In a session of its own nothing reaches it that is
+/// sent to the programs of this terminal. Throws std::system_error.
+enum class Session { kOurs, kItsOwn };
+void start(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+           Session session);
+
+/// Goes on as another program with the arguments that main() was given, and ends as that one does.
+/// Throws std::system_error.
+[[noreturn]] void become(const std::filesystem::path& program, char** argv);
+
+/// Throws std::system_error, always where the system has none.
+void makeFifo(const std::filesystem::path& path);
 
 /// The name of the database library's access to files that knows paths of any length; null: the
 /// usual one does.

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace standin {
@@ -22,6 +24,12 @@ bool writeWhole(int descriptor, std::string_view bytes) {
         bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
     }
     return true;
+}
+
+void throwIf(int error, const std::filesystem::path& path) {
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), path.string());
+    }
 }
 
 }  // namespace
@@ -77,6 +85,10 @@ unsigned long processNumber() {
     return static_cast<unsigned long>(::getpid());
 }
 
+std::filesystem::path ownProgram() {
+    return std::filesystem::read_symlink("/proc/self/exe");
+}
+
 void sleepForEver() {
     while (true) {
         ::pause();
@@ -89,8 +101,9 @@ void endBySignal(int signal) {
     ::kill(::getpid(), signal);
 }
 
-void startInOwnSession(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{"extracta-standin"};
+void start(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+           Session session) {
+    std::vector<std::string> words{program.string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -98,11 +111,23 @@ void startInOwnSession(const std::vector<std::string>& arguments) {
         pointers.push_back(word.data());
     }
     pointers.push_back(nullptr);
-    if (::fork() == 0) {
-        ::setsid();
-        ::execv("/proc/self/exe", pointers.data());
-        ::_exit(EXIT_FAILURE);
-    }
+    posix_spawnattr_t attributes;
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawnattr_setflags(&attributes, session == Session::kItsOwn ? POSIX_SPAWN_SETSID : 0);
+    const int error =
+        ::posix_spawn(nullptr, program.c_str(), nullptr, &attributes, pointers.data(), environ);
+    ::posix_spawnattr_destroy(&attributes);
+    throwIf(error, program);
+}
+
+void become(const std::filesystem::path& program, char** argv) {
+    ::execv(program.c_str(), argv);
+    throw std::system_error(errno, std::generic_category(), program.string());
+}
+
+void makeFifo(const std::filesystem::path& path) {
+    constexpr int kOurs = 0600;
+    throwIf(::mkfifo(path.c_str(), kOurs) == 0 ? 0 : errno, path);
 }
 
 const char* databaseFileAccess() {

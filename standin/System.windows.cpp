@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <system_error>
 #include <utility>
 
 #include <windows.h>
@@ -32,10 +33,18 @@ bool writeWhole(HANDLE handle, std::string_view bytes) {
     return true;
 }
 
-std::wstring ownPath() {
-    std::wstring path(32768, L'\0');  // the longest there is
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
+/// The process that has been started.
+HANDLE startProcess(const std::filesystem::path& program, std::wstring line, DWORD flags) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, flags, nullptr,
+                       nullptr, &startup, &started) == 0) {
+        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
+                                pathText(program));
+    }
+    CloseHandle(started.hThread);
+    return started.hProcess;
 }
 
 }  // namespace
@@ -112,6 +121,12 @@ unsigned long processNumber() {
     return GetCurrentProcessId();
 }
 
+std::filesystem::path ownProgram() {
+    std::wstring path(32768, L'\0');  // the longest there is
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
+}
+
 void sleepForEver() {
     while (true) {
         Sleep(INFINITE);
@@ -123,21 +138,27 @@ void endBySignal(int signal) {
     TerminateProcess(GetCurrentProcess(), kSignalBase + static_cast<UINT>(signal));
 }
 
-void startInOwnSession(const std::vector<std::string>& arguments) {
-    // The arguments are an option and the name of a file, which never holds a quote here.
-    std::wstring line = L"extracta-standin";
+void start(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+           Session session) {
+    // Nothing in it holds a quote here, or ends in a backslash.
+    std::wstring line = L"\"" + program.native() + L"\"";
     for (const std::string& argument : arguments) {
         line += L" \"" + wide(argument) + L"\"";
     }
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION started{};
-    if (CreateProcessW(ownPath().c_str(), line.data(), nullptr, nullptr, FALSE,
-                       DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup,
-                       &started) != 0) {
-        CloseHandle(started.hThread);
-        CloseHandle(started.hProcess);
-    }
+    const DWORD apart = DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP;
+    CloseHandle(startProcess(program, line, session == Session::kItsOwn ? apart : 0));
+}
+
+void become(const std::filesystem::path& program, char** /*argv*/) {
+    HANDLE process = startProcess(program, GetCommandLineW(), 0);
+    DWORD code = 0;
+    WaitForSingleObject(process, INFINITE);
+    GetExitCodeProcess(process, &code);
+    ExitProcess(code);
+}
+
+void makeFifo(const std::filesystem::path& path) {
+    throw std::system_error(ERROR_NOT_SUPPORTED, std::system_category(), pathText(path));
 }
 
 const char* databaseFileAccess() {

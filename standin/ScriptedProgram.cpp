@@ -1,5 +1,6 @@
-// A program that does what the text beside it says: tests let it stand for extracta. The text has
-// its path with ".commands" behind it, and one of the commands below on each line.
+// A program that does what the text beside it says, where an extracta is wanted that behaves in a
+// way of its own. The text has its path with ".commands" behind it, and one of the commands below
+// on each line.
 
 #include <chrono>
 #include <cstdlib>
@@ -14,26 +15,16 @@
 #include <utility>
 #include <vector>
 
-#include "support/ScriptedSystem.h"
+#include "standin/System.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<char*> arguments;  // the program first
-
-/// Narrow text is UTF-8 everywhere, or bytes that go through unchanged.
-fs::path pathOf(const std::string& text) {
-    return std::u8string(text.begin(), text.end());
-}
-
-std::string textOf(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
+std::vector<char*> arguments;  // the program first, null behind the last
 
 std::string argument(std::size_t number) {
-    return number < arguments.size() ? arguments[number] : "";
+    return number + 1 < arguments.size() ? arguments[number] : "";
 }
 
 /// Values stand where extracta is given them, whatever they hold.
@@ -42,9 +33,9 @@ std::string expand(std::string text) {
         {"$design", argument(4)},
         {"$control", argument(5)},
         {"$first", argument(6)},
-        {"$folder", textOf(pathOf(argument(4)).parent_path())},
-        {"$stem", textOf(pathOf(argument(5)).stem())},
-        {"$pid", std::to_string(system_of_script::ownProcess())}};
+        {"$folder", standin::pathText(standin::toPath(argument(4)).parent_path())},
+        {"$stem", standin::pathText(standin::toPath(argument(5)).stem())},
+        {"$pid", std::to_string(standin::processNumber())}};
     for (std::size_t at = 0; (at = text.find('$', at)) != std::string::npos;) {
         std::size_t taken = 1;
         for (const auto& [name, value] : values) {
@@ -76,7 +67,13 @@ std::pair<std::string, std::string> cutFirstWord(const std::string& line) {
 
 void put(const fs::path& file, const std::string& bytes, std::ios::openmode mode) {
     if (!(std::ofstream(file, mode | std::ios::binary) << bytes).flush()) {
-        throw std::runtime_error("cannot write " + textOf(file));
+        throw std::runtime_error("cannot write " + standin::pathText(file));
+    }
+}
+
+void print(const std::string& bytes) {
+    if (!standin::writeToStandardOutput(bytes)) {
+        throw std::runtime_error("cannot write: " + standin::lastFailure());
     }
 }
 
@@ -89,23 +86,24 @@ void awaitUntil(const auto& condition) {
 std::size_t countOf(const fs::path& prefix) {
     std::size_t count = 0;
     for (const auto& entry : fs::directory_iterator(fs::absolute(prefix).parent_path())) {
-        const std::string name = textOf(entry.path().filename());
-        count += name.starts_with(textOf(prefix.filename())) ? 1 : 0;
+        const std::string name = standin::pathText(entry.path().filename());
+        count += name.starts_with(standin::pathText(prefix.filename())) ? 1 : 0;
     }
     return count;
 }
 
 std::string listArguments() {
     std::string lines;
-    for (std::size_t number = 1; number < arguments.size(); ++number) {
+    for (std::size_t number = 1; number + 1 < arguments.size(); ++number) {
         lines += argument(number) + "\n";
     }
-    return lines + textOf(fs::current_path()) + "\n";
+    return lines + standin::pathText(fs::current_path()) + "\n";
 }
 
-fs::path besideThis(const std::string& name) {
-    const fs::path own = system_of_script::ownProgram();
-    return own.parent_path() / (pathOf(name) += own.extension());
+/// A program beside this one.
+void start(const std::string& name, standin::Session session) {
+    const fs::path own = standin::ownProgram();
+    standin::start(own.parent_path() / (standin::toPath(name) += own.extension()), {}, session);
 }
 
 void obey(const std::string& line);
@@ -123,37 +121,43 @@ struct Command {
 
 constexpr Command kCommands[] = {
     // The first word is a file or folder.
-    {"arguments", [](auto& file, auto&) { put(pathOf(file), listArguments(), std::ios::out); }},
-    {"write", [](auto& file, auto& text) { put(pathOf(file), text, std::ios::out); }},
-    {"append", [](auto& file, auto& text) { put(pathOf(file), text, std::ios::app); }},
-    {"copy", [](auto& from, auto& to) { fs::copy_file(pathOf(from), pathOf(to)); }},
-    {"remove", [](auto& path, auto&) { fs::remove_all(pathOf(path)); }},
-    {"make-folder", [](auto& path, auto&) { fs::create_directory(pathOf(path)); }},
-    {"await", [](auto& file, auto&) { awaitUntil([&] { return fs::exists(pathOf(file)); }); }},
+    {"arguments",
+     [](auto& file, auto&) { put(standin::toPath(file), listArguments(), std::ios::out); }},
+    {"write", [](auto& file, auto& text) { put(standin::toPath(file), text, std::ios::out); }},
+    {"append", [](auto& file, auto& text) { put(standin::toPath(file), text, std::ios::app); }},
+    {"copy",
+     [](auto& from, auto& to) { fs::copy_file(standin::toPath(from), standin::toPath(to)); }},
+    {"remove", [](auto& path, auto&) { fs::remove_all(standin::toPath(path)); }},
+    {"make-folder", [](auto& path, auto&) { fs::create_directory(standin::toPath(path)); }},
+    {"make-fifo", [](auto& path, auto&) { standin::makeFifo(standin::toPath(path)); }},
+    {"await",
+     [](auto& file, auto&) { awaitUntil([&] { return fs::exists(standin::toPath(file)); }); }},
     {"await-count",
      [](auto& prefix, auto& count) {
-         awaitUntil([&] { return countOf(pathOf(prefix)) >= std::stoul(count); });
+         awaitUntil([&] { return countOf(standin::toPath(prefix)) >= std::stoul(count); });
      }},
     // The name of a program beside this one.
-    {"start", [](auto& name, auto&) { system_of_script::start(besideThis(name), false); }},
-    {"start-detached", [](auto& name, auto&) { system_of_script::start(besideThis(name), true); }},
+    {"start", [](auto& name, auto&) { start(name, standin::Session::kOurs); }},
+    {"start-detached", [](auto& name, auto&) { start(name, standin::Session::kItsOwn); }},
     // A number.
-    {"flood", [](auto& bytes, auto&) { std::cout << std::string(std::stoul(bytes), 'x'); }},
+    {"flood", [](auto& bytes, auto&) { print(std::string(std::stoul(bytes), 'x')); }},
     {"sleep",
      [](auto& time, auto&) {
          std::this_thread::sleep_for(std::chrono::milliseconds(std::stoul(time)));
      }},
+    {"end-by", [](auto& signal, auto&) { standin::endBySignal(std::stoi(signal)); }},
     {"exit", [](auto& code, auto&) { std::exit(static_cast<int>(std::stoul(code))); }},
 };
 
 void obey(const std::string& line) {
     const auto [command, rest] = cutFirstWord(line);
     if (command == "print" || command == "complain") {
-        (command == "print" ? std::cout : std::cerr) << expand(unescape(rest)) << std::flush;
+        const std::string text = expand(unescape(rest));
+        command == "print" ? print(text) : void(std::cerr << text);
         return;
     }
     if (command == "become") {
-        system_of_script::become(pathOf(rest), arguments.data());
+        standin::become(standin::toPath(rest), arguments.data());
     }
     const auto [word, text] = cutFirstWord(rest);
     if (command == "if" || command == "unless") {
@@ -166,9 +170,7 @@ void obey(const std::string& line) {
             return;
         }
     }
-    if (!system_of_script::obey(command, expand(word))) {
-        throw std::runtime_error("cannot obey \"" + line + "\"");
-    }
+    throw std::runtime_error("cannot obey \"" + line + "\"");
 }
 
 }  // namespace
@@ -176,9 +178,8 @@ void obey(const std::string& line) {
 int main(int argc, char** argv) {
     constexpr int kMisused = 99;
     try {
-        arguments.assign(argv, argv + argc);
-        system_of_script::writeBytesUnchanged();
-        fs::path commands = system_of_script::ownProgram();
+        arguments.assign(argv, argv + argc + 1);
+        fs::path commands = standin::ownProgram();
         if (commands.extension() == ".exe") {
             commands.replace_extension();
         }

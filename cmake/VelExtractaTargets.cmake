@@ -63,13 +63,19 @@ function(velextracta_resources program description)
     target_sources(${program} PRIVATE ${script})
 endfunction()
 
-# A GoogleTest program whose every case is one CTest test.
+# A GoogleTest program whose every case is one CTest test. POSIX and WINDOWS name sources for one of
+# these systems alone.
 function(velextracta_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
-    add_executable(${name} ${ARG_SOURCES})
-    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    target_link_libraries(${name} PRIVATE
-        velextracta_settings ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
+    cmake_parse_arguments(ARG "" "" "SOURCES;POSIX;WINDOWS;LIBRARIES;DEFINITIONS" ${ARGN})
+    if(WIN32)
+        list(APPEND ARG_SOURCES ${ARG_WINDOWS})
+    else()
+        list(APPEND ARG_SOURCES ${ARG_POSIX})
+    endif()
+    velextracta_program(${name}
+        DESCRIPTION "Tests"
+        SOURCES ${ARG_SOURCES}
+        LIBRARIES test_support ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
     target_compile_definitions(${name} PRIVATE ${ARG_DEFINITIONS})
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()

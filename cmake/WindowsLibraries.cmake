@@ -3,7 +3,7 @@
 
 set(windows_libraries ${CMAKE_SOURCE_DIR}/build/windows-libraries CACHE PATH
     "Where scripts/build-windows-libraries has put the libraries")
-if(NOT EXISTS ${windows_libraries}/lib/libsqlite3.a)
+if(NOT EXISTS ${windows_libraries}/lib/libarchive.a)
     message(FATAL_ERROR "No libraries for Windows in ${windows_libraries}: "
         "run scripts/build-windows-libraries first")
 endif()
@@ -31,3 +31,10 @@ velextracta_windows_library(PkgConfig::MINIZIP minizip ZLIB::ZLIB)
 target_include_directories(PkgConfig::MINIZIP SYSTEM INTERFACE ${windows_libraries}/include/minizip)
 velextracta_windows_library(PkgConfig::LIBDEFLATE deflate)
 velextracta_windows_library(PkgConfig::SQLITE3 sqlite3)
+
+# For the tests alone.
+velextracta_windows_library(PkgConfig::LIBARCHIVE archive ZLIB::ZLIB)
+target_compile_definitions(PkgConfig::LIBARCHIVE INTERFACE LIBARCHIVE_STATIC)
+velextracta_windows_library(GTest::gtest gtest)
+velextracta_windows_library(GTest::gmock gmock GTest::gtest)
+velextracta_windows_library(GTest::gtest_main gtest_main GTest::gtest)

@@ -6,16 +6,8 @@
 #include <string>
 #include <thread>
 
-#include <signal.h>
-
 #include "support/TemporaryDirectory.h"
-
-/// Whether a process of this id runs; one that only waits to be reaped does not.
-inline bool isRunning(pid_t process) {
-    const std::string status = readFile("/proc/" + std::to_string(process) + "/stat");
-    const std::size_t nameEnd = status.rfind(')');
-    return nameEnd != std::string::npos && status.substr(nameEnd, 4) != ") Z ";
-}
+#include "support/TestSystem.h"
 
 /// Waits until the condition holds; false if it does not within ten seconds.
 inline bool eventually(const std::function<bool()>& condition) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -11,11 +11,12 @@
 class TemporaryDirectory final {
 public:
     TemporaryDirectory() {
-        std::string name = (std::filesystem::temp_directory_path() / "velextracta.XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary directory " + name);
-        }
-        directory = std::filesystem::canonical(name);
+        std::random_device random;
+        const std::filesystem::path parent =
+            std::filesystem::canonical(std::filesystem::temp_directory_path());
+        do {
+            directory = parent / ("velextracta." + std::to_string(random()));
+        } while (!std::filesystem::create_directory(directory));
     }
     ~TemporaryDirectory() {
         std::error_code error;
@@ -25,7 +26,10 @@ public:
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const std::filesystem::path& path() const { return directory; }
-    std::filesystem::path operator/(const std::string& name) const { return directory / name; }
+    /// The name is UTF-8.
+    std::filesystem::path operator/(const std::string& name) const {
+        return directory / std::u8string(name.begin(), name.end());
+    }
 
 private:
     std::filesystem::path directory;

@@ -1,0 +1,29 @@
+#include "support/TestSystem.h"
+
+#include <cstdlib>
+
+#include <windows.h>
+
+bool isRunning(pid_t process) {
+    const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(process));
+    const bool runs = handle != nullptr && WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
+    CloseHandle(handle);
+    return runs;
+}
+
+std::size_t openHandles() {
+    DWORD count = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &count);
+    return count;
+}
+
+void setVariable(const std::string& name, const std::string& value) {
+    _putenv_s(name.c_str(), value.c_str());
+}
+
+void makeFifo(const std::filesystem::path& /*path*/) {}
+
+void dieByKilling() {
+    TerminateProcess(GetCurrentProcess(), 1);
+    std::abort();
+}

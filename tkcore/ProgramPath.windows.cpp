@@ -24,17 +24,13 @@ int startError(const fs::path& file) {
     return isDirectory(file) ? ERROR_ACCESS_DENIED : 0;
 }
 
-/// Sets path to the candidate, or to the candidate with ".exe" if it has no extension.
-int completeProgram(const fs::path& candidate, std::string& path) {
+/// Sets path to the first of the candidates that can be started.
+int chooseProgram(const std::vector<fs::path>& candidates, std::string& path) {
     int result = ERROR_FILE_NOT_FOUND;
-    std::vector<fs::path> spellings{candidate};
-    if (!candidate.has_extension()) {
-        spellings.insert(spellings.begin(), fs::path(candidate.native() + L".exe"));
-    }
-    for (const fs::path& spelling : spellings) {
-        const int error = startError(spelling);
+    for (const fs::path& candidate : candidates) {
+        const int error = startError(candidate);
         if (error == 0) {
-            path = VEL_ANSI(pathText(spelling));
+            path = VEL_ANSI(pathText(candidate));
             return 0;
         }
         result = error == ERROR_FILE_NOT_FOUND ? result : error;
@@ -76,18 +72,17 @@ int findProgram(const std::string& name, std::string& path) {
     if (name.empty()) {
         return ERROR_FILE_NOT_FOUND;
     }
+    const bool hasExtension = fs::path(text.wide()).has_extension();
+    const AString fullName = hasExtension ? text : text + ".exe";
     if (text.wide().find_first_of(L"\\/:") != std::wstring::npos) {
-        return completeProgram(toPath(absoluteText(text)), path);
+        return chooseProgram({toPath(absoluteText(fullName)), toPath(absoluteText(text))}, path);
     }
-    int result = ERROR_FILE_NOT_FOUND;
+    // A file without extension may be a script that other systems know what to do with.
+    std::vector<fs::path> candidates;
     for (const fs::path& folder : searchedFolders()) {
-        const int error = completeProgram(pathIn(folder, text.wide()), path);
-        if (error == 0) {
-            return 0;
-        }
-        result = error == ERROR_FILE_NOT_FOUND ? result : error;
+        candidates.push_back(pathIn(folder, fullName.wide()));
     }
-    return result;
+    return chooseProgram(candidates, path);
 }
 
 }  // namespace tkcore

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "archive/EntryName.h"
+#include "support/TestSystem.h"
 
 namespace velextracta {
 namespace {
@@ -10,6 +11,7 @@ TEST(EntryName, keepsThePathWithoutWhatLeadsOutOfAFolder) {
         const char* path;
         const char* fullName;
         const char* leaf;
+        On system = On::kBoth;
     };
     constexpr Case kCases[] = {
         {"/data/extract17/layer.txt", "data/extract17/layer.txt", "layer.txt"},
@@ -18,13 +20,19 @@ TEST(EntryName, keepsThePathWithoutWhatLeadsOutOfAFolder) {
         {"./../data/./a/../layer.txt", "data/a/layer.txt", "layer.txt"},
         {"/data/extract17/", "data/extract17", "extract17"},
         {"C:/data/layer.txt", "data/layer.txt", "layer.txt"},
-        {"c:\\data", "\\data", "\\data"},
+        {"c:\\data", "\\data", "\\data", On::kPosix},
+        {"c:\\data", "data", "data", On::kWindows},
+        {"\\\\?\\c:\\data\\layer.txt", "data/layer.txt", "layer.txt", On::kWindows},
+        {"\\\\?\\UNC\\server\\a\\..\\b", "server/a/b", "b", On::kWindows},
+        {"/a\\b/..c/.d", "a\\b/..c/.d", ".d", On::kPosix},
         {"d:layer", "d:layer", "d:layer"},
-        {"/a\\b/..c/.d", "a\\b/..c/.d", ".d"},
         {"/../.", "", ""},
         {"", "", ""},
     };
     for (const Case& row : kCases) {
+        if (!isHere(row.system)) {
+            continue;
+        }
         EXPECT_EQ(entryName(row.path, true), row.fullName) << row.path;
         EXPECT_EQ(entryName(row.path, false), row.leaf) << row.path;
     }

@@ -8,8 +8,13 @@
 
 // What the tests ask of the operating system.
 
-/// Chooses the rows of a table that hold on the system at hand.
-inline constexpr bool kOnWindows = std::filesystem::path::preferred_separator == '\\';
+/// Where a row of a table holds.
+enum class On { kBoth, kPosix, kWindows };
+
+constexpr bool isHere(On system) {
+    constexpr bool kOnWindows = std::filesystem::path::preferred_separator == '\\';
+    return system == On::kBoth || (system == On::kWindows) == kOnWindows;
+}
 
 /// Whether a process of this id runs; one that only waits to be reaped does not.
 bool isRunning(pid_t process);
@@ -20,7 +25,7 @@ std::size_t openHandles();
 /// Sets an environment variable; without a value takes it away.
 void setVariable(const std::string& name, const std::string& value);
 
-/// Makes a pipe that has a path, where there is such a thing; else leaves the path without a file.
+/// Makes a pipe that has a path where there is such a thing; elsewhere nothing is at the path.
 void makeFifo(const std::filesystem::path& path);
 
 /// Ends this process as somebody does who kills it.

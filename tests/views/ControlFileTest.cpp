@@ -69,10 +69,11 @@ TEST(ControlFile, isEmptyForNoViewsAndRefusedWithoutAnOpenFile) {
 TEST(ViewFile, isNamedByTypeAndSuffixInTheOrderOfTheBlocks) {
     EXPECT_EQ(MakeViewFileName(ViewType::conn, "nets"), "connnets.txt");
     std::vector<ActiveView> files;
-    CollectViewFiles(kCellViews, tkcore::LongFileName(AString("/run/")), files);
+    const tkcore::LongFileName folder(AString("run/"));
+    CollectViewFiles(kCellViews, folder, files);
     ASSERT_EQ(files.size(), 4U);
-    EXPECT_EQ(files[0].path, "/run/layer.txt");
-    EXPECT_EQ(files[2].path, "/run/cconn.txt");
+    EXPECT_EQ(files[0].path, folder.FilePath() + "layer.txt");
+    EXPECT_EQ(files[2].path, folder.FilePath() + "cconn.txt");
     EXPECT_EQ(files[2].viewType, ViewType::cconn);
 }
 

@@ -4,7 +4,6 @@
 #include <numeric>
 
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include "archive/PieceLine.h"
 #include "support/Processes.h"
@@ -86,10 +85,7 @@ TEST_F(PieceLineTest, worksOnAsManyThreadsAsAreAskedForThatNoSignalInterrupts) {
         if (piece.original[0] < std::byte{3}) {
             EXPECT_TRUE(eventually([&] { return working >= 3; }));
         }
-        sigset_t blocked{};
-        pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-        disturbed +=
-            (sigismember(&blocked, SIGTERM) == 0) != (std::this_thread::get_id() == caller);
+        disturbed += std::this_thread::get_id() != caller && signalsReachThisThread();
     };
     EXPECT_EQ(numbers(3, 20, work), upTo(20));
     EXPECT_EQ(disturbed, 0);

@@ -18,6 +18,15 @@ struct ArchiveEntry final {
     unsigned mode = 0;
 };
 
+inline std::string entryName(archive_entry* entry) {
+    if (const char* name = archive_entry_pathname(entry)) {
+        return name;
+    }
+    // The locale does not have all characters.
+    const std::u8string name = std::filesystem::path(archive_entry_pathname_w(entry)).u8string();
+    return {name.begin(), name.end()};
+}
+
 /// The entries of a zip archive in its order, read with another library than the one that writes
 /// our archives. Throws if it is not a whole archive.
 inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) {
@@ -30,12 +39,12 @@ inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) 
         }
         return result;
     };
-    check(archive_read_open_filename(reader.get(), path.c_str(), 1 << 16));
+    check(archive_read_open_filename(reader.get(), path.string().c_str(), 1 << 16));
     std::vector<ArchiveEntry> entries;
     archive_entry* entry = nullptr;
     while (check(archive_read_next_header(reader.get(), &entry)) != ARCHIVE_EOF) {
-        entries.push_back({archive_entry_pathname(entry), "", archive_entry_mtime(entry),
-                           archive_entry_mode(entry)});
+        entries.push_back(
+            {entryName(entry), "", archive_entry_mtime(entry), archive_entry_mode(entry)});
         char buffer[1 << 16];
         while (const la_ssize_t count =
                    check(archive_read_data(reader.get(), buffer, sizeof buffer))) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 /// A fresh directory for one test, removed with all that it holds.
 class TemporaryDirectory final {
@@ -19,8 +21,15 @@ public:
         } while (!std::filesystem::create_directory(directory));
     }
     ~TemporaryDirectory() {
+        // A program that has just ended may hold its folder for a moment.
         std::error_code error;
-        std::filesystem::remove_all(directory, error);
+        for (int attempt = 0; attempt < 300; ++attempt) {
+            std::filesystem::remove_all(directory, error);
+            if (!error) {
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
     }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;

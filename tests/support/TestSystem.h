@@ -30,3 +30,9 @@ void makeFifo(const std::filesystem::path& path);
 
 /// Ends this process as somebody does who kills it.
 [[noreturn]] void dieByKilling();
+
+/// As somebody does who wants this process to end; it may take a moment until that is noted.
+void interruptThisProcess();
+
+/// Whether a signal that asks the process to end may interrupt the caller's thread.
+bool signalsReachThisThread();

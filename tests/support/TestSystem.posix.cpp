@@ -37,3 +37,13 @@ void dieByKilling() {
     kill(getpid(), SIGKILL);
     std::abort();
 }
+
+void interruptThisProcess() {
+    raise(SIGTERM);
+}
+
+bool signalsReachThisThread() {
+    sigset_t blocked{};
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    return sigismember(&blocked, SIGTERM) == 0;
+}

@@ -27,3 +27,14 @@ void dieByKilling() {
     TerminateProcess(GetCurrentProcess(), 1);
     std::abort();
 }
+
+void interruptThisProcess() {
+    // Everybody at a console is told: it must be our own.
+    FreeConsole();
+    AllocConsole();
+    GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+}
+
+bool signalsReachThisThread() {
+    return false;  // they have threads of their own
+}

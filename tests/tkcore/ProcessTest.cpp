@@ -107,16 +107,15 @@ TEST_F(ProcessTree, isLeftAloneByAProgramThatCameToItsOwnEnd) {
 }
 
 TEST_F(ProcessTree, diesWithUsEvenWhenWeAreKilled) {
-    // Where no process can be forked, the one that is killed runs this test again from its start.
+    // The process that is killed runs this test again from its start, with a directory of its own.
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
     static constexpr char kPlace[] = "PLACE_OF_THE_TREE";
     if (std::getenv(kPlace) == nullptr) {
         setVariable(kPlace, directory.path().string());
     }
     const auto dieAmidstTheTree = [this] {
         place = std::getenv(kPlace);
-        if (place != directory.path()) {
-            fs::remove(directory.path());
-        }
+        fs::remove(directory.path());
         startTree("await enough\n");
         readTree();
         dieByKilling();

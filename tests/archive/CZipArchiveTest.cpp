@@ -105,13 +105,12 @@ TEST_F(CZipArchiveTest, namesEntriesByTheirPathsAndMarksUtf8) {
                  {"latin-1 \xDF", 0},      {"cut \xE5\xB1", 0},
                  {"overlong \xC0\xBF", 0}, {"a\\b", 0}};
     for (const auto& [name, flags, system] : cases) {
-        if (!isHere(system)) {
-            continue;
+        if (isHere(system)) {
+            writeFile(folder / name, name);
+            pack({folder / name});
+            EXPECT_EQ(readArchive(output).at(0).name, entryNameOf(folder / name));
+            EXPECT_EQ(centralField(8, 2), flags) << name;
         }
-        writeFile(folder / name, name);
-        pack({folder / name});
-        EXPECT_EQ(readArchive(output).at(0).name, entryNameOf(folder / name));
-        EXPECT_EQ(centralField(8, 2), flags) << name;
     }
 }
 
@@ -128,14 +127,13 @@ TEST_F(CZipArchiveTest, keepsModeAndTimeToTheSecond) {
     utimbuf times{0, std::mktime(&local)};
     ASSERT_EQ(utime(input.string().c_str(), &times), 0);
     for (const auto& [mode, kept, system] : cases) {
-        if (!isHere(system)) {
-            continue;
+        if (isHere(system)) {
+            fs::permissions(input, fs::perms{mode});
+            pack({input});
+            const ArchiveEntry entry = readArchive(output).at(0);
+            EXPECT_EQ(entry.modificationTime, times.modtime);
+            EXPECT_EQ(entry.mode, S_IFREG | kept);
         }
-        fs::permissions(input, fs::perms{mode});
-        pack({input});
-        const auto entries = readArchive(output);
-        EXPECT_EQ(entries.at(0).modificationTime, times.modtime);
-        EXPECT_EQ(entries.at(0).mode, S_IFREG | kept);
     }
     EXPECT_EQ(centralField(12, 2), 5U << 11U | 6U << 5U | 4U);  // two-second steps
     EXPECT_EQ(centralField(14, 2), 41U << 9U | 3U << 5U | 4U);  // years since 1980

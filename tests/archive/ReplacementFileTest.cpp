@@ -1,13 +1,45 @@
-#include "archive/ReplacementFileTest.h"
-
 #include <cerrno>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/TemporaryDirectory.h"
 #include "support/TestSystem.h"
+#include "tkcore/ReplacementFile.h"
 
 namespace tkcore {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::ElementsAre;
+
+class ReplacementFileTest : public testing::Test {
+protected:
+    static void replace(const fs::path& path, const std::string& text) {
+        ReplacementFile file(path.string());
+        file.write(text.data(), text.size());
+        file.commit();
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(folder.path())) {
+            found.push_back(entry.path().filename().string());
+        }
+        return found;
+    }
+    /// The failure must name the path and have this code of the system.
+    static void expectFailure(const fs::path& path, int error) {
+        try {
+            replace(path, "new");
+            ADD_FAILURE() << path << " was accepted";
+        } catch (const std::system_error& failure) {
+            EXPECT_THAT(failure.what(), testing::HasSubstr(path.string()));
+            EXPECT_EQ(failure.code().value(), error) << failure.what();
+        }
+    }
+
+    TemporaryDirectory folder;
+};
 
 TEST_F(ReplacementFileTest, leavesTheOlderFileAndNoTraceWithoutCommit) {
     writeFile(folder / "out", "old");
@@ -31,6 +63,8 @@ TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
     constexpr int kAccessDenied = 5;
     constexpr int kInvalidName = 123;
     makeFifo(folder / "pipe");
+    std::error_code noLinks;
+    fs::create_symlink("circle", folder / "circle", noLinks);
     const struct {
         fs::path path;
         int posixError;
@@ -41,6 +75,7 @@ TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
         {folder / "missing/", ENOENT, kInvalidName},
         {"", ENOENT, kInvalidName},
         {folder / "pipe", ENOTSUP, kNotHere},
+        {folder / "circle", ELOOP, kNotHere},
         {folder / std::string(256, 'n'), ENAMETOOLONG, kNotHere},
         {"/dev/null", ENOTSUP, kNotHere},
         {"\\\\.\\NUL", kNotHere, kInvalidName},
@@ -55,7 +90,7 @@ TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
             expectFailure(path, error);
         }
     }
-    EXPECT_EQ(names().size(), isHere(On::kPosix) ? 1U : 0U);
+    EXPECT_EQ(names().size(), isHere(On::kPosix) ? 2U : 0U);
 }
 
 }  // namespace

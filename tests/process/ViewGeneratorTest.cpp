@@ -1,7 +1,55 @@
-#include "process/ViewGeneratorTest.h"
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "process/ExtractaViewGenerator.h"
+#include "support/Processes.h"
+#include "support/TemporaryDirectory.h"
+#include "support/WriteProgram.h"
+#include "tkcore/ExtractaParserException.h"
 
 namespace velextracta {
 namespace {
+
+using tkcore::AString;
+using tkcore::LongFileName;
+
+/// Generators with a scripted program for extracta, which runs in the working directory.
+class ViewGenerator : public testing::Test {
+protected:
+    void TearDown() override {
+        generators.clear();
+        ExtractaViewGenerator::maxConcurrentExtractas = oldLimit;
+        setVariable("VELTAR_EXTRACTA_PATHOVERRIDE", "");
+    }
+
+    void useExtracta(const std::string& commands) {
+        extracta = writeProgram(directory / "the extracta", commands).string();
+        setVariable("VELTAR_EXTRACTA_PATHOVERRIDE", extracta);
+    }
+
+    ExtractaViewGenerator& start(const AString& name) {
+        generators.push_back(std::make_unique<ExtractaViewGenerator>(
+            LongFileName(AString(design)), MakeNetListDef({}), workingDir, true, name));
+        return *generators.back();
+    }
+
+    std::string failureOf(const std::function<void()>& operation) {
+        try {
+            operation();
+        } catch (const tkcore::ExtractaParserException& exception) {
+            return exception.what();
+        }
+        return "no failure";
+    }
+
+    const TemporaryDirectory directory;
+    const std::string design = (directory / "a b.mcm").string();
+    std::string extracta;
+    const LongFileName workingDir{AString(directory.path().string() + "/")};
+    std::vector<std::unique_ptr<ExtractaViewGenerator>> generators;
+    const std::uint32_t oldLimit = ExtractaViewGenerator::maxConcurrentExtractas;
+};
 
 TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
     useExtracta("arguments given\n");
@@ -43,6 +91,13 @@ TEST_F(ViewGenerator, startsWhatIsQueuedWhileSomebodyOnlyPolls) {
         ExtractaViewGenerator::pollProcesses();
         return std::filesystem::exists(directory / "done.extracta_control_conn2");
     }));
+}
+
+TEST_F(ViewGenerator, noticesAnEndWhoseSignalIsLost) {
+    useExtracta("sleep 50\n");
+    start("1");
+    loseSignalsOfChildren();
+    generators.front()->waitForViewFile();
 }
 
 TEST_F(ViewGenerator, endsItsProcessWhenDropped) {

@@ -18,15 +18,6 @@ struct ArchiveEntry final {
     unsigned mode = 0;
 };
 
-inline std::string entryName(archive_entry* entry) {
-    if (const char* name = archive_entry_pathname(entry)) {
-        return name;
-    }
-    // The locale does not have all characters.
-    const std::u8string name = std::filesystem::path(archive_entry_pathname_w(entry)).u8string();
-    return {name.begin(), name.end()};
-}
-
 /// The entries of a zip archive in its order, read with another library than the one that writes
 /// our archives. Throws if it is not a whole archive.
 inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) {
@@ -43,8 +34,11 @@ inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) 
     std::vector<ArchiveEntry> entries;
     archive_entry* entry = nullptr;
     while (check(archive_read_next_header(reader.get(), &entry)) != ARCHIVE_EOF) {
+        const char* narrow = archive_entry_pathname(entry);  // none if the locale lacks letters
+        const std::filesystem::path name =
+            narrow == nullptr ? archive_entry_pathname_w(entry) : std::filesystem::path(narrow);
         entries.push_back(
-            {entryName(entry), "", archive_entry_mtime(entry), archive_entry_mode(entry)});
+            {name.string(), "", archive_entry_mtime(entry), archive_entry_mode(entry)});
         char buffer[1 << 16];
         while (const la_ssize_t count =
                    check(archive_read_data(reader.get(), buffer, sizeof buffer))) {

@@ -22,17 +22,17 @@ bool isRunning(pid_t process);
 /// How many files, pipes and the like this process holds open.
 std::size_t openHandles();
 
-/// Sets an environment variable; without a value takes it away.
+/// Without a value the environment variable is taken away.
 void setVariable(const std::string& name, const std::string& value);
 
-/// Makes a pipe that has a path where there is such a thing; elsewhere nothing is at the path.
+/// A pipe that has a path; where there is no such thing, nothing.
 void makeFifo(const std::filesystem::path& path);
-
-/// Ends this process as somebody does who kills it.
-[[noreturn]] void dieByKilling();
 
 /// As somebody does who wants this process to end; it may take a moment until that is noted.
 void interruptThisProcess();
 
 /// Whether a signal that asks the process to end may interrupt the caller's thread.
 bool signalsReachThisThread();
+
+/// No signal tells any longer what becomes of children.
+void loseSignalsOfChildren();

@@ -5,7 +5,6 @@
 #include <iterator>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "support/TemporaryDirectory.h"
 
@@ -20,22 +19,11 @@ std::size_t openHandles() {
 }
 
 void setVariable(const std::string& name, const std::string& value) {
-    if (value.empty()) {
-        unsetenv(name.c_str());
-    } else {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
+    value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
 }
 
 void makeFifo(const std::filesystem::path& path) {
-    if (mkfifo(path.c_str(), 0666) != 0) {
-        throw std::runtime_error("cannot make the pipe " + path.string());
-    }
-}
-
-void dieByKilling() {
-    kill(getpid(), SIGKILL);
-    std::abort();
+    mkfifo(path.c_str(), 0666);
 }
 
 void interruptThisProcess() {
@@ -46,4 +34,10 @@ bool signalsReachThisThread() {
     sigset_t blocked{};
     pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
     return sigismember(&blocked, SIGTERM) == 0;
+}
+
+void loseSignalsOfChildren() {
+    for (const int number : {SIGCHLD, SIGIO}) {
+        signal(number, SIG_DFL);
+    }
 }

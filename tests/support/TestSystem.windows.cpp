@@ -29,11 +29,6 @@ void setVariable(const std::string& name, const std::string& value) {
 
 void makeFifo(const std::filesystem::path& /*path*/) {}
 
-void dieByKilling() {
-    TerminateProcess(GetCurrentProcess(), 1);
-    std::abort();
-}
-
 void interruptThisProcess() {
     // Everybody at a console is told: it must be our own.
     FreeConsole();
@@ -44,3 +39,5 @@ void interruptThisProcess() {
 bool signalsReachThisThread() {
     return false;  // they have threads of their own
 }
+
+void loseSignalsOfChildren() {}

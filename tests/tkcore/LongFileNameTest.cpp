@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/TemporaryDirectory.h"
+#include "support/TestSystem.h"
 #include "tkcore/LongFileName.h"
 
 namespace {
@@ -36,11 +37,23 @@ TEST(LongFileName, endsInOneSeparatorAsADirectory) {
     EXPECT_EQ(directoryText("").wide().size(), fs::current_path().native().size() + 1);
 }
 
+/// The library makes none on Windows.
+bool makeLink(const fs::path& target, const fs::path& link) {
+    std::error_code error;
+    fs::create_symlink(target, link, error);
+    EXPECT_EQ(!error, isHere(On::kPosix));
+    return !error;
+}
+
 TEST(LongFileName, createsADirectoryOnlyWhereNothingIs) {
     const TemporaryDirectory directory;
     writeFile(directory / "file", "");
     fs::create_directory(directory / "folder");
-    for (const char* name : {"file", "folder", "missing/new"}) {
+    std::vector<std::string> names{"file", "folder", "missing/new"};
+    if (makeLink("folder", directory / "link") && makeLink("nowhere", directory / "dangling")) {
+        names.insert(names.end(), {"link", "dangling"});
+    }
+    for (const std::string& name : names) {
         EXPECT_FALSE(LFN_CreateDirectory(LongFileName((directory / name).string() + "/"))) << name;
     }
     const LongFileName created((directory / "new").string() + "/");
@@ -61,12 +74,15 @@ TEST(LongFileName, mayBeLong) {
     EXPECT_TRUE(fs::is_empty(directory.path()));
 }
 
-TEST(LongFileName, isDeletedWithAllItHolds) {
+TEST(LongFileName, isDeletedWithAllItHoldsButNotWhatLinksInItPointTo) {
     const TemporaryDirectory directory;
     fs::create_directories(directory / "run/deep");
     writeFile(directory / "run/deep/file", "x");
+    writeFile(directory / "kept", "x");
+    makeLink(directory / "kept", directory / "run/link");
     EXPECT_TRUE(LFN_Delete(LongFileName((directory / "run").string() + "/")));
     EXPECT_FALSE(fs::exists(directory / "run"));
+    EXPECT_TRUE(fs::exists(directory / "kept"));
     EXPECT_FALSE(LFN_Delete(LongFileName()));
 }
 

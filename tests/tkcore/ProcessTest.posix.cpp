@@ -25,13 +25,6 @@ TEST_F(Process, hasEmptyInputAndNoOtherDescriptor) {
     EXPECT_EQ(child->output(), "0\n1\n2\n3\n");  // 3: the directory that is listed
 }
 
-TEST_F(Process, hasEndedBySignal) {
-    for (const int signal : {SIGKILL, SIGTERM, SIGUSR1}) {
-        ASSERT_EQ(startProgram("end-by " + std::to_string(signal)), 0);
-        EXPECT_EQ(waitForEnd(), 128 + signal);
-    }
-}
-
 class ScriptTree : public ProcessTree {
 protected:
     int startScript(const std::string& body) {

@@ -78,7 +78,7 @@ TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
         {folder / "circle", ELOOP, kNotHere},
         {folder / std::string(256, 'n'), ENAMETOOLONG, kNotHere},
         {"/dev/null", ENOTSUP, kNotHere},
-        {"\\\\.\\NUL", kNotHere, kInvalidName},
+        {R"(\\.\NUL)", kNotHere, kInvalidName},
         {"NUL", kNotHere, kInvalidName},
         {folder / "Aux.zip", kNotHere, kInvalidName},
         {folder / "lpt1/out", kNotHere, kInvalidName},

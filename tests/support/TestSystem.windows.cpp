@@ -1,12 +1,13 @@
 #include "support/TestSystem.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 
 #include <windows.h>
 
 bool isRunning(pid_t process) {
-    const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(process));
+    HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(process));
     const bool runs = handle != nullptr && WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
     CloseHandle(handle);
     return runs;
@@ -18,7 +19,7 @@ std::size_t openHandles() {
     std::size_t count = 0;
     for (std::uintptr_t number = 4; number < kFarBeyondAll; number += 4) {
         DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(number), &flags) != 0 ? 1 : 0;
+        count += GetHandleInformation(std::bit_cast<HANDLE>(number), &flags) != 0 ? 1 : 0;
     }
     return count;
 }

@@ -5,6 +5,7 @@
 namespace {
 
 TEST_F(Process, hasNoOtherHandle) {
+    constexpr DWORD kNobodyWrites = ERROR_BROKEN_PIPE;
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
     HANDLE reader = nullptr;
     HANDLE writer = nullptr;
@@ -13,7 +14,7 @@ TEST_F(Process, hasNoOtherHandle) {
     ASSERT_TRUE(eventually([this] { return exists(directory / "ready"); }));
     CloseHandle(writer);
     EXPECT_FALSE(PeekNamedPipe(reader, nullptr, 0, nullptr, nullptr, nullptr));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_BROKEN_PIPE}) << "the child has an end";
+    EXPECT_EQ(GetLastError(), kNobodyWrites);
     CloseHandle(reader);
     writeFile(directory / "end", "");
     EXPECT_EQ(waitForEnd(), 0);

@@ -14,6 +14,9 @@ Database::Database(std::string databasePath, int flags) : path(std::move(databas
     if (result != SQLITE_OK) {
         fail();
     }
+    // On Windows those that begin to read at the same moment shut each other out.
+    constexpr int kPatienceMilliseconds = 60'000;
+    sqlite3_busy_timeout(opened, kPatienceMilliseconds);
 }
 
 void Database::fail() const {

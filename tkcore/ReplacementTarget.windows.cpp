@@ -69,6 +69,10 @@ void WindowsTarget::findPlace() {
     }
     // The current directory may change.
     place = withoutLimit(fullPath(place.native()));
+    // Some file systems only tell at the renaming, when all has been packed.
+    if (isTooLong(place)) {
+        fail(ERROR_FILENAME_EXCED_RANGE, "create");
+    }
     if (isDirectory(place)) {
         fail(ERROR_ACCESS_DENIED, "replace the directory");
     }

@@ -28,6 +28,10 @@ namespace {
 /// For a program to give its licence back, or to end its job in a cluster.
 constexpr std::chrono::seconds kGrace{1};
 
+/// For the system to end what is told to end. What it cannot end, as a program that a driver holds,
+/// must not keep us for ever.
+constexpr std::chrono::seconds kPatience{5};
+
 /// The exit code of a program that we have ended; that of a terminated one elsewhere.
 constexpr UINT kEndedByUs = 143;
 
@@ -328,7 +332,8 @@ void VeltTerminateProcessTree(ProcessHandle process) noexcept {
         sleepMilliseconds(1);
     }
     TerminateJobObject(process->job.get(), kEndedByUs);
-    while (anyLeft(process->job)) {
+    const auto latest = std::chrono::steady_clock::now() + kPatience;
+    while (anyLeft(process->job) && std::chrono::steady_clock::now() < latest) {
         sleepMilliseconds(1);
     }
     noteEnd(*process);

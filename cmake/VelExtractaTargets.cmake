@@ -64,9 +64,9 @@ function(velextracta_resources program description)
 endfunction()
 
 # A GoogleTest program whose every case is one CTest test. POSIX and WINDOWS name sources for one of
-# these systems alone.
+# these systems alone, FILTER the cases, in the test framework's form.
 function(velextracta_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;POSIX;WINDOWS;LIBRARIES;DEFINITIONS" ${ARGN})
+    cmake_parse_arguments(ARG "" "FILTER" "SOURCES;POSIX;WINDOWS;LIBRARIES;DEFINITIONS" ${ARGN})
     if(WIN32)
         list(APPEND ARG_SOURCES ${ARG_WINDOWS})
     else()
@@ -77,5 +77,8 @@ function(velextracta_test name)
         SOURCES ${ARG_SOURCES}
         LIBRARIES test_support ${ARG_LIBRARIES} GTest::gtest GTest::gmock GTest::gtest_main)
     target_compile_definitions(${name} PRIVATE ${ARG_DEFINITIONS})
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    gtest_discover_tests(${name}
+        DISCOVERY_MODE PRE_TEST
+        TEST_FILTER "${ARG_FILTER}"
+        PROPERTIES TIMEOUT 300)
 endfunction()

@@ -30,9 +30,9 @@ TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
     // The same control file by hand must give the same bytes.
     writeFile(tools / "control", entries.at("extracta_control.txt"));
     Command byHand{
-        {EXTRACTA_STANDIN, "-k", "-c", "-m", design.string(), tools / "control"}, {}, {}, {}};
+        {EXTRACTA_STANDIN, "-k", "-c", "-m", nameThere(design), "control"}, {}, tools.path(), {}};
     for (const char* view : {"layer", "cfullgeo", "cconn", "diestack"}) {
-        byHand.arguments.push_back(tools / (std::string(view) + ".txt"));
+        byHand.arguments.push_back(std::string(view) + ".txt");
     }
     ASSERT_EQ(runProgram(byHand).exitCode, 0);
     for (const char* view : {"layer.txt", "cfullgeo.txt", "cconn.txt", "diestack.txt"}) {
@@ -46,20 +46,22 @@ TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
 }
 
 TEST_F(CellRun, startsExtractaWithAbsolutePathsInTheWorkingDirectory) {
-    writeFile(directory / "a \"b\" \xc3\xa9\xff.mcm", "");
+    // As odd a name as the system admits.
+    const std::string name =
+        hereOrOnWindows("a \"b\" \xc3\xa9\xff.mcm", "a 'b' \xc3\xa9\xf0\x9f\x93\xa6.mcm");
+    writeFile(directory / name, "");
     fs::create_directory(directory / "out dir");
-    useScript("printf '%s\\n' \"$@\" > ../../arguments; pwd >> ../../arguments\n");
-    expectSuccess(run({"-CELL", "a \"b\" \xc3\xa9\xff.mcm", "out dir"}));
+    useScript("arguments ../../arguments\n");
+    expectSuccess(run({"-CELL", name, "out dir"}));
     std::istringstream lines(readFile(directory / "arguments"));
     Strings words;
     for (std::string line; std::getline(lines, line);) {
-        words.push_back(line);
+        words.push_back(nameThere(line));  // with the separators of the system
     }
     ASSERT_EQ(words.size(), 10U);
-    const std::string working = words.back() + "/";
-    EXPECT_TRUE(std::regex_match(words.back(),
-                                 std::regex(directory.path().string() + "/out dir/extract[0-9]+")));
-    EXPECT_EQ(words, (Strings{"-k", "-c", "-m", directory / "a \"b\" \xc3\xa9\xff.mcm",
+    EXPECT_TRUE(words.back().starts_with(nameThere(directory / "out dir/extract")));
+    const std::string working = words.back() + hereOrOnWindows("/", "\\");
+    EXPECT_EQ(words, (Strings{"-k", "-c", "-m", nameThere(directory / name),
                               working + "extracta_control.txt", working + "layer.txt",
                               working + "cfullgeo.txt", working + "cconn.txt",
                               working + "diestack.txt", words.back()}));
@@ -69,7 +71,7 @@ TEST_F(CellRun, movesTextFilesOverOlderOnes) {
     makeDesign();
     fs::create_directory(directory / "out");
     writeFile(directory / "out/layer.txt", "old");
-    useScript("touch NOTES.TXT notes.log\n" + goOn());
+    useScript("write NOTES.TXT \nwrite notes.log \n" + goOn());
     expectSuccess(run({"-cell", "design.mcm", "out"}));
     EXPECT_EQ(files(), (std::set<std::string>{"design.mcm", "out", "out/cconn.txt",
                                               "out/cfullgeo.txt", "out/diestack.txt",
@@ -80,7 +82,7 @@ TEST_F(CellRun, movesTextFilesOverOlderOnes) {
 TEST_F(CellRun, packsEverythingWhenFilesAreAdded) {
     makeDesign();
     writeFile(directory / "read me.pdf", "added");
-    useScript("mkdir folder; touch notes.log\n" + goOn());
+    useScript("make-folder folder\nwrite notes.log \n" + goOn());
     expectSuccess(run({"-z", "-cell", "-add", "read me.pdf,missing,", "design.mcm", "out.vlx"}));
     const auto entries = packed(directory / "out.vlx");
     EXPECT_EQ(entries.at("read me.pdf"), "added");
@@ -101,19 +103,25 @@ TEST_F(CellRun, takesItsOptionsInEveryFormAndOrder) {
         {{"-n"}, "\tNET_NAME ='design.mcm'\r\n"},
         {{}, ""},
     };
-    useScript("grep -a 'NET_NAME =' $control | awk '!seen[$0]++' > ../nets\n");
+    useScript("remove ../control\ncopy $control ../control\n");
     for (const auto& [options, conditions] : cases) {
         Strings arguments{"/Z", "/Cell"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         arguments.insert(arguments.end(), {"design.mcm", "out.vlx"});
         expectSuccess(run(arguments));
-        EXPECT_EQ(readFile(directory / "nets"), conditions);
+        std::string found;
+        std::istringstream control(readFile(directory / "control"));
+        for (std::string line; std::getline(control, line);) {
+            const bool isNew = found.find(line) == std::string::npos;
+            found += isNew && line.find("NET_NAME =") != std::string::npos ? line + "\n" : "";
+        }
+        EXPECT_EQ(found, conditions);
     }
 }
 
 TEST_F(CellRun, numbersItsDirectoryByTheLocalClock) {
     writeFile(design, "");
-    useScript("basename $PWD > ../name\n");
+    useScript("arguments ../arguments\n");
     const struct {
         const char* zone;
         long offset;
@@ -122,7 +130,8 @@ TEST_F(CellRun, numbersItsDirectoryByTheLocalClock) {
         environment["TZ"] = zone;
         const long before = std::time(nullptr) + offset;
         run({"-z", "-cell", "design.mcm", "out.vlx"});
-        const long number = std::stol(readFile(directory / "name").substr(7));
+        const std::string arguments = readFile(directory / "arguments");
+        const long number = std::stol(arguments.substr(arguments.rfind("extract") + 7));
         EXPECT_GE(number, before);
         EXPECT_LE(number, std::time(nullptr) + offset);
     }
@@ -137,8 +146,8 @@ TEST_F(CellRun, keepsItsDirectoryForDebugging) {
 
 TEST_F(CellRun, keepsAllThatAFailedExtractorPrintedInFewBytes) {
     writeFile(design, "");
-    environment["TKCORE_LOG"] = "0:" + (tools / "log").string();
-    useScript("printf 'a\\0b\\n'; yes 'ERROR: bad view' | head -c 60000000; exit 3\n");
+    environment["TKCORE_LOG"] = "0:" + nameThere(tools / "log");
+    useScript("print a\\0b\\n\nflood 60000000\nexit 3\n");
     const Outcome outcome = run({"-z", "-cell", "design.mcm", "out.vlx"});
     EXPECT_EQ(outcome.errors, "view creation failed (1).\n");
     const std::string log = readFile(tools / "log");
@@ -152,7 +161,7 @@ TEST_F(CellRun, keepsAllThatAFailedExtractorPrintedInFewBytes) {
 
 TEST_F(CellRun, canBeExplainedFromALogOfTheWantedLevel) {
     writeFile(design, "");
-    useScript("echo ERROR: bad view; exit 3\n");
+    useScript("print ERROR: bad view\nexit 3\n");
     const auto errorsAtLog = [this](const char* setting) {
         environment["TKCORE_LOG"] = setting;
         return run({"-z", "-cell", "design.mcm", "out.vlx"}).errors;
@@ -160,8 +169,7 @@ TEST_F(CellRun, canBeExplainedFromALogOfTheWantedLevel) {
     const std::string failures = errorsAtLog("0:-");
     EXPECT_TRUE(std::regex_search(failures, std::regex("^[0-9]+\\.[0-9]+ "))) << failures;
     for (const char* part :
-         {"error: extracta run failed: ",
-          "the extracta exited with non-zero exit code 3: ERROR: bad view\n",
+         {"error: extracta run failed: ", " exited with non-zero exit code 3: ERROR: bad view\n",
           "assertion failed: VelExtracta, line ", ": !\"view creation failed\"\n"}) {
         EXPECT_NE(failures.find(part), std::string::npos) << part << " is missing: " << failures;
     }

@@ -36,11 +36,11 @@ protected:
     /// What one extracta run writes for a control file.
     std::string runByHand(const std::string& controlFile) const {
         writeFile(tools / "control", controlFile);
-        const Outcome outcome = runProgram(
-            {{EXTRACTA_STANDIN, "-k", "-m", design.string(), tools / "control", tools / "view"},
-             {},
-             {},
-             {}});
+        const Outcome outcome =
+            runProgram({{EXTRACTA_STANDIN, "-k", "-m", nameThere(design), "control", "view"},
+                        {},
+                        tools.path(),
+                        {}});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
         return readFile(tools / "view");
     }
@@ -90,10 +90,9 @@ protected:
         writeFile(design, survey);
         limitProcesses(1);
         useScript(
-            "basename $control .txt >> ../order\n"
-            "case $control in *connnets.txt) cat \"$design\" > \"$first\";;\n"
-            "*) printf 'A!F!\\r\\nJ!%s!\\r\\nS!%s!\\r\\n' $(basename $control .txt) "
-            "$(basename $control .txt) > \"$first\";; esac\n");
+            "append ../order $stem\\n\n"
+            "if connnets copy $design $first\n"
+            "unless connnets write $first A!F!\\r\\nJ!$stem!\\r\\nS!$stem!\\r\\n\n");
     }
 
     Strings order() const {
@@ -197,7 +196,7 @@ TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
         environment["TKCORE_LOG"] = "0:-";
         const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
         EXPECT_EQ(outcome.exitCode, 0) << fault;
-        EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the piece /")) << fault;
+        EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the piece ")) << fault;
         const std::string conn = packed(directory / "out.vlx").at("conn.txt");
         EXPECT_EQ(conn.find("S!") == std::string::npos, false) << fault;
         if (std::string(fault) == "GND=empty-output") {
@@ -213,10 +212,10 @@ TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
         const char* nets;
         const char* warning;
     } cases[] = {
-        {"layer=no-output", "GND", "warning: the view layer is doubtful: /"},
-        {"paddef=empty-output", "GND", "warning: the view paddef is doubtful: /"},
-        {"component=half-line", "GND", "warning: the view component is doubtful: /"},
-        {"outline=header-only", "GND", "warning: the view outline is doubtful: /"},
+        {"layer=no-output", "GND", "warning: the view layer is doubtful: "},
+        {"paddef=empty-output", "GND", "warning: the view paddef is doubtful: "},
+        {"component=half-line", "GND", "warning: the view component is doubtful: "},
+        {"outline=header-only", "GND", "warning: the view outline is doubtful: "},
         {"", "GND,NONE", "warning: the selected net \"NONE\" has no connectivity record"},
         {"", "GND, VDD", "warning: the selected net \" VDD\" has a blank at an end of its name"},
         {"", "GND", ""},
@@ -235,15 +234,12 @@ TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
 
 TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
     makeDesign();
-    environment["EXTRACTA_STANDIN_TRACE"] = tools / "trace";
-    // The first children wait for each other: too low a limit would keep them waiting for ever.
-    useScript(
-        "touch ../started.$$\n"
-        "until [ $(ls ../started.* | wc -l) -ge $LIMIT ]; do sleep 0.01; done\n" +
-        goOn());
+    environment["EXTRACTA_STANDIN_TRACE"] = nameThere(tools / "trace");
     for (const int limit : {1, 3, 8}) {
         writeFile(tools / "trace", "");
-        environment["LIMIT"] = std::to_string(limit);
+        // The first children wait for each other: too low a limit would keep them waiting for ever.
+        useScript("write ../started.$pid \nawait-count ../started. " + std::to_string(limit) +
+                  "\n" + goOn());
         limitProcesses(limit);
         ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
         std::multimap<long long, int> changes;

@@ -13,6 +13,8 @@
 #include "support/Processes.h"
 #include "support/ProgramRun.h"
 #include "support/TemporaryDirectory.h"
+#include "support/TestedPrograms.h"
+#include "support/WriteProgram.h"
 
 /// The built VelExtracta beside a small generated design, with the stand-in extractor.
 class EndToEnd : public testing::Test {
@@ -22,16 +24,19 @@ protected:
     void makeDesign(const Strings& options = {"--nets", "30", "--records", "1500"}) {
         Strings arguments{MAKE_DESIGN};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        arguments.push_back(design.string());
+        arguments.push_back(nameThere(design));
         const Outcome made = runProgram({arguments, {}, {}, {}});
         ASSERT_EQ(made.exitCode, 0) << made.errors;
     }
 
-    void SetUp() override { environment["TKCORE_LOG"] = "1:" + (tools / "log").string(); }
+    void SetUp() override { environment["TKCORE_LOG"] = "1:" + nameThere(tools / "log"); }
 
     void TearDown() override {
         if (HasFailure()) {
             std::cout << "the program's log:\n" << readFile(tools / "log") << '\n';
+        }
+        for (const pid_t process : processesWith("environ", tools.path().filename())) {
+            kill(process, SIGKILL);
         }
     }
 
@@ -41,7 +46,13 @@ protected:
         return result;
     }
 
-    Outcome run(const Strings& arguments) const { return runProgram(command(arguments)); }
+    Outcome run(const Strings& arguments) const {
+        Outcome outcome = runProgram(command(arguments));
+        for (std::string* text : {&outcome.output, &outcome.errors}) {
+            std::erase_if(*text, [](char c) { return kProgramsForWindows && c == '\r'; });
+        }
+        return outcome;
+    }
 
     /// The program sees a machine on which so many processes may run at once.
     void limitProcesses(int limit) { failCalls("HARDWARE_THREADS", std::to_string(2 * limit + 1)); }
@@ -53,15 +64,14 @@ protected:
         environment[which] = how;
     }
 
-    /// Extracta is a script instead; $design, $control and $first are the paths it is given.
-    void useScript(const std::string& body) {
+    /// Extracta is a program that does this instead; see ScriptedProgram.cpp.
+    void useScript(const std::string& commands) {
         environment["VELTAR_EXTRACTA_PATHOVERRIDE"] =
-            writeScript(tools / "the extracta", "design=$4; control=$5; first=$6\n" + body)
-                .string();
+            nameThere(writeProgram(tools / "the extracta", commands));
     }
 
-    /// A script that goes on as the stand-in.
-    static std::string goOn() { return std::string("exec '") + EXTRACTA_STANDIN + "' \"$@\"\n"; }
+    /// The command to go on as the stand-in.
+    static std::string goOn() { return "become " + nameThere(EXTRACTA_STANDIN) + "\n"; }
 
     /// Everything in the test's directory, by path relative to it.
     std::set<std::string> files() const {
@@ -84,18 +94,28 @@ protected:
         return found;
     }
 
-    /// Whether a process runs that has the test's directory on its command line.
-    bool anyProcessLeft() const {
+    /// The running processes of which a file in /proc holds the text.
+    static std::vector<pid_t> processesWith(const char* file, const std::string& text) {
+        std::vector<pid_t> found;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             const std::string id = entry.path().filename();
             if (id.find_first_not_of("0123456789") == std::string::npos &&
-                readFile(entry.path() / "cmdline").find(directory.path().string()) !=
-                    std::string::npos &&
+                readFile(entry.path() / file).find(text) != std::string::npos &&
                 isRunning(std::stoi(id))) {
-                return true;
+                found.push_back(std::stoi(id));
             }
         }
-        return false;
+        return found;
+    }
+
+    /// Whether a process runs that has the test's directory on its command line. One for Windows
+    /// whose starter is killed amid the start may stay in the launcher for ever, and never begin.
+    bool anyProcessLeft() const {
+        const auto hasBegun = [](pid_t process) {
+            const std::string line = readFile("/proc/" + std::to_string(process) + "/cmdline");
+            return !kProgramsForWindows || !line.starts_with(PROGRAM_LAUNCHER);
+        };
+        return std::ranges::any_of(processesWith("cmdline", directory.path().filename()), hasBegun);
     }
 
     /// The packed files by their bare names.
@@ -111,6 +131,6 @@ protected:
     const TemporaryDirectory tools;
     const std::filesystem::path design = directory / "design.mcm";
     std::map<std::string, std::string> environment{
-        {"VELTAR_EXTRACTA_PATHOVERRIDE", EXTRACTA_STANDIN}};
+        {"VELTAR_EXTRACTA_PATHOVERRIDE", nameThere(EXTRACTA_STANDIN)}};
     std::vector<std::pair<int, rlim_t>> limits;
 };

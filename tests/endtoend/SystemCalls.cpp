@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -34,7 +36,65 @@ bool isKeeper() {
     return prctl(PR_GET_NAME, name) == 0 && std::strcmp(name, "process-keeper") == 0;
 }
 
+/// What the variable says, or -1.
+long numberIn(const char* variable) {
+    const char* text = std::getenv(variable);
+    return text == nullptr ? -1 : std::strtol(text, nullptr, 10);
+}
+
+/// Whether so many more bytes make a file larger than MOST_IN_A_FILE. That holds in the program
+/// that the process PARENT has started; what this starts in turn has a disk without end.
+bool isFull(int descriptor, std::size_t size) {
+    static const long most = numberIn("MOST_IN_A_FILE");
+    static const bool isLimited = most >= 0 && getppid() == numberIn("PARENT");
+    struct stat status {};
+    return isLimited && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_size + static_cast<off_t>(size) > most;
+}
+
+/// The function that ours stands before.
+template <typename Call>
+Call systemCall(Call /*ours*/, const char* name) {
+    return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
+}
+
+int fail(int error) {
+    errno = error;
+    return -1;
+}
+
 }  // namespace
+
+extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size) {
+    static const auto systemWrite = systemCall(&write, "write");
+    return isFull(descriptor, size) ? fail(ENOSPC) : systemWrite(descriptor, bytes, size);
+}
+
+extern "C" ssize_t pwrite(int descriptor, const void* bytes, std::size_t size, off_t at) {
+    static const auto systemWrite = systemCall(&pwrite, "pwrite");
+    return isFull(descriptor, size) ? fail(ENOSPC) : systemWrite(descriptor, bytes, size, at);
+}
+
+/// What runs programs for Windows turns a SIGINT into a thread of theirs at once. Amid a fork,
+/// which holds the locks of the memory, it would wait for itself.
+extern "C" pid_t fork() {
+    static const auto systemFork = systemCall(&fork, "fork");
+    sigset_t interrupt;
+    sigset_t older;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, &older);
+    const pid_t process = systemFork();
+    pthread_sigmask(SIG_SETMASK, &older, nullptr);
+    return process;
+}
+
+/// With HARDWARE_THREADS a machine that has so many.
+extern "C" long sysconf(int name) {
+    static const auto systemSysconf = systemCall(&sysconf, "sysconf");
+    const long threads = numberIn("HARDWARE_THREADS");
+    return name == _SC_NPROCESSORS_ONLN && threads >= 0 ? threads : systemSysconf(name);
+}
 
 /// With NO_UNNAMED_FILES a file system that has only files with names.
 extern "C" int openat(int folder, const char* path, int flags, ...) {
@@ -45,25 +105,23 @@ extern "C" int openat(int folder, const char* path, int flags, ...) {
     const mode_t mode = va_arg(arguments, mode_t);
     va_end(arguments);
     if ((flags & O_TMPFILE) == O_TMPFILE && std::getenv("NO_UNNAMED_FILES") != nullptr) {
-        errno = EOPNOTSUPP;
-        return -1;
+        return fail(EOPNOTSUPP);
     }
     return systemOpen(folder, path, flags, mode);
 }
 
 /// With KEEPER_FAILS a process that keeps a program fails once it has been started.
 extern "C" int dup3(int descriptor, int number, int flags) {
-    static const auto systemDup = reinterpret_cast<decltype(&dup3)>(dlsym(RTLD_NEXT, "dup3"));
+    static const auto systemDup = systemCall(&dup3, "dup3");
     if (isKeeper() && std::getenv("KEEPER_FAILS") != nullptr) {
-        errno = EMFILE;
-        return -1;
+        return fail(EMFILE);
     }
     return systemDup(descriptor, number, flags);
 }
 
 /// A disk that can be read at the beginning of the file only, or a slow one.
 extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
-    static const auto systemRead = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+    static const auto systemRead = systemCall(&read, "read");
     if (isNamedBy("READ_IS_SLOW", descriptor)) {
         usleep(50'000);
     }
@@ -71,8 +129,7 @@ extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
         return systemRead(descriptor, buffer, size);
     }
     if (lseek(descriptor, 0, SEEK_CUR) != 0) {
-        errno = EIO;
-        return -1;
+        return fail(EIO);
     }
     return systemRead(descriptor, buffer, std::min(size, kBytesBeforeFailure));
 }

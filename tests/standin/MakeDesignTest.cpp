@@ -8,7 +8,7 @@ namespace {
 class MakeDesign : public Sandbox {
 protected:
     void make(std::vector<std::string> options) const {
-        options.push_back(at("design.mcm"));
+        options.push_back(there("design.mcm"));
         const Outcome outcome = makeDesign(options);
         ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
     }
@@ -47,7 +47,7 @@ TEST_F(MakeDesign, givesMostRecordsToAFewNets) {
 }
 
 TEST_F(MakeDesign, refusesBadOptionsAndLeavesNothing) {
-    const std::string file = at("sub/design.mcm");
+    const std::string file = there("sub/design.mcm");
     std::filesystem::create_directory(at("sub"));
     const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"--nets", "-1", file}, "--nets needs a number from 0 to 100000, not \"-1\""},
@@ -57,8 +57,8 @@ TEST_F(MakeDesign, refusesBadOptionsAndLeavesNothing) {
         {{"--speed", file}, "unknown option --speed"},
         {{file, file}, "exactly one file"},
         {{}, "exactly one file"},
-        {{at("no/such/design.mcm")}, "unable to open database file"},
-        {{at("sub")}, "sub: cannot be written"},
+        {{there("no/such/design.mcm")}, "unable to open database file"},
+        {{there("sub")}, "sub: cannot be written"},
     };
     for (const auto& [options, complaint] : cases) {
         expectFailure(makeDesign(options), complaint);

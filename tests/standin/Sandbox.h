@@ -14,6 +14,8 @@
 class Sandbox : public testing::Test {
 protected:
     std::string at(const std::string& name) const { return directory / name; }
+    /// The same as the programs call it.
+    std::string there(const std::string& name) const { return nameThere(directory / name); }
     std::string read(const std::string& name) const { return readFile(at(name)); }
 
     /// The text is written with CR LF line ends.
@@ -33,16 +35,16 @@ protected:
     }
 
     Outcome extract(std::initializer_list<std::string> outputs = {"out.txt"}) const {
-        std::vector<std::string> words{EXTRACTA_STANDIN_PATH, "-k", "-c", "-m", at("design.mcm"),
-                                       at("control.txt")};
+        std::vector<std::string> words{EXTRACTA_STANDIN,    "-k", "-c", "-m", there("design.mcm"),
+                                       there("control.txt")};
         for (const std::string& output : outputs) {
-            words.push_back(output.starts_with('/') ? output : at(output));
+            words.push_back(there(output));
         }
         return runProgram({words, {}, {}, {}});
     }
 
     Outcome makeDesign(std::vector<std::string> options) const {
-        options.insert(options.begin(), MAKE_DESIGN_PATH);
+        options.insert(options.begin(), MAKE_DESIGN);
         return runProgram({options, {}, {}, {}});
     }
 

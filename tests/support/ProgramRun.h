@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "support/TemporaryDirectory.h"
+#include "support/TestedPrograms.h"
 
 /// How a program is to be started.
 struct Command final {
@@ -84,6 +85,9 @@ private:
             setrlimit(static_cast<__rlimit_resource>(resource), &both);
         }
         std::vector<char*> argv;
+        if (command.arguments.front().ends_with(".exe")) {
+            argv.push_back(const_cast<char*>(PROGRAM_LAUNCHER));
+        }
         for (const std::string& argument : command.arguments) {
             argv.push_back(const_cast<char*>(argument.c_str()));
         }

@@ -36,15 +36,6 @@ TEST(ControlFile, isForEachSelectionTheOneThatExtractaIsUsedTo) {
     EXPECT_EQ(controlFile(kCellViews, {}), usual({"layer", "cfullgeo", "cconn", "diestack"}));
 }
 
-TEST(ControlFile, hasALoneTabWhereFiltersAndFieldsOrConditionsAreMissing) {
-    EXPECT_EQ(controlFile(only(ViewType::paddef), {}), "PAD_DEF\r\n\r\n\t\r\nEND\r\n\r\n");
-    const std::string start =
-        "COMPOSITE_PAD\r\n\r\n\tDRILL_ARRAY_ROWS != ''\r\n\t\r\n\tOR\r\n"
-        "\tBACKDRILL_TOP_LAYER != ''\r\n\t\r\n\tOR\r\n"
-        "\tBACKDRILL_BOTTOM_LAYER != ''\r\n\t\r\n\r\n\tPAD_STACK_NAME\r\n";
-    EXPECT_EQ(controlFile(only(ViewType::compositepad), {}).substr(0, start.size()), start);
-}
-
 TEST(ControlFile, repeatsTheConditionsBehindEachAlternative) {
     const std::string common =
         "\r\n\tRAT_CONNECTED != 'YES'\r\n\tRAT_CONNECTED != 'NO'\r\n\tNET_NAME != ''";

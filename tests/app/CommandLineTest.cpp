@@ -7,51 +7,28 @@
 
 namespace {
 
-using testing::ElementsAreArray;
-using Texts = std::vector<tkcore::AString>;
+using testing::ElementsAre;
+
+velextracta::CommandLine scan(std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    return velextracta::scanCommandLine(static_cast<int>(argv.size()), argv.data());
+}
 
 TEST(CommandLine, isScannedForOptionsBeforeTheLastTwoArguments) {
-    const struct {
-        std::vector<std::string> arguments;
-        bool zip;
-        bool standardViews;
-        Texts nets;
-        Texts addedFiles;
-    } cases[] = {
-        {{"VelExtracta", "a.mcm", "out"}, false, true, {}, {}},
-        {{"VelExtracta", "-z", "-cell", "a.mcm", "out"}, true, false, {}, {}},
-        {{"VelExtracta", "/Z", "/CeLL", "/Z", "a.mcm", "out"}, true, false, {}, {}},
-        {{"VelExtracta", "z", "--z", "-zz", "-q", "a.mcm", "out"}, false, true, {}, {}},
-        {{"VelExtracta", "-n", "A,,B,", "/N", "C", "a.mcm", "out"},
-         false,
-         true,
-         {"A", "B", "C"},
-         {}},
-        {{"VelExtracta", "-add", "x,y z", "/ADD", "", "a.mcm", "out"},
-         false,
-         true,
-         {},
-         {"x", "y z"}},
-        // A value is an option, too; the design is a value behind the last option; no further one
-        // is looked at.
-        {{"VelExtracta", "-n", "-z", "a.mcm", "out"}, true, true, {"-z"}, {}},
-        {{"VelExtracta", "-add", "a.mcm", "out"}, false, true, {}, {"a.mcm"}},
-        {{"VelExtracta", "-z", "-cell"}, false, true, {}, {}},
-        {{"-z", "a.mcm", "out"}, true, true, {}, {}},
-    };
-    for (const auto& expected : cases) {
-        std::vector<char*> argv;
-        for (const std::string& argument : expected.arguments) {
-            argv.push_back(const_cast<char*>(argument.c_str()));
-        }
-        const auto options =
-            velextracta::scanCommandLine(static_cast<int>(argv.size()), argv.data());
-        SCOPED_TRACE(testing::PrintToString(expected.arguments));
-        EXPECT_EQ(options.zip, expected.zip);
-        EXPECT_EQ(options.standardViews, expected.standardViews);
-        EXPECT_THAT(options.nets, ElementsAreArray(expected.nets));
-        EXPECT_THAT(options.addedFiles, ElementsAreArray(expected.addedFiles));
-    }
+    const auto none = scan({"VelExtracta", "z", "--z", "-zz", "-q", "-z", "-cell"});
+    EXPECT_FALSE(none.zip);
+    EXPECT_TRUE(none.standardViews);
+    // The first is looked at, and a value is an option, too.
+    EXPECT_TRUE(scan({"-Z", "a.mcm", "out"}).zip);
+    const auto options = scan({"/CeLL", "-n", "A,,B,", "/N", "/z", "a.mcm", "out"});
+    EXPECT_TRUE(options.zip);
+    EXPECT_FALSE(options.standardViews);
+    EXPECT_THAT(options.nets, ElementsAre("A", "B", "/z"));
+    EXPECT_THAT(scan({"-add", "x,y z", "/ADD", "", "-add", "a.mcm", "out"}).addedFiles,
+                ElementsAre("x", "y z", "a.mcm"));
 }
 
 }  // namespace

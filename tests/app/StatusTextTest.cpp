@@ -25,9 +25,8 @@ RunStatus extracting() {
 
 TEST(StatusText, showsWhatIsExtractedAsFarAsThereIsRoom) {
     const RunStatus status = extracting();
-    const char* all = "9/23  conn1_VDD_CORE_PIN 0:42  remainder 3:10  +12 waiting  1.2 GiB";
-    EXPECT_EQ(shown(status, 200), all);
-    EXPECT_EQ(shown(status, 67), all);
+    EXPECT_EQ(shown(status, 67),
+              "9/23  conn1_VDD_CORE_PIN 0:42  remainder 3:10  +12 waiting  1.2 GiB");
     EXPECT_EQ(shown(status, 66), "9/23  conn1_VDD_CORE_PIN 0:42  +12 waiting  1.2 GiB");
     EXPECT_EQ(shown(status, 39), "9/23  conn1_VDD_CORE_PIN 0:42  1.2 GiB");
     EXPECT_EQ(shown(status, 19), "9/23  1.2 GiB");
@@ -49,17 +48,13 @@ TEST(StatusText, showsAWarningInWordsFirstWhileItIsNew) {
 }
 
 TEST(StatusText, showsDoneOfAllRateAndTimeLeft) {
-    const struct {
-        RunStatus::Progress progress;
-        const char* text;
-    } cases[] = {
+    const std::pair<RunStatus::Progress, const char*> cases[] = {
         {{0, 0, 0}, "packing 100%  0 B of 0 B"},
-        {{0, 1000, 0}, "packing 0%  0 B of 1.0 KiB"},
         {{100 * kMiB, 400 * kMiB, 25.5 * kMiB},
          "packing 25%  100 MiB of 400 MiB  26 MiB/s  0:12 left"},
         {{kMiB - 1, kMiB, 1}, "packing 99%  1.0 MiB of 1.0 MiB  1 B/s  0:01 left"},
         {{0, 10240 * kMiB, kMiB}, "packing 0%  0 B of 10 GiB  1.0 MiB/s  2:50:40 left"},
-        {{2, 1, 1}, "packing 100%  1 B of 1 B  1 B/s  0:00 left"},
+        {{1001, 1000, 1}, "packing 100%  1.0 KiB of 1.0 KiB  1 B/s  0:00 left"},
     };
     for (const auto& [progress, text] : cases) {
         RunStatus status = extracting();

@@ -41,6 +41,7 @@ class TerminalRun:
         self.stream = pyte.ByteStream(self.screen)
         self.bytes = b""
         self.mostRows = 0
+        self.isOpen = True
         self.resize(width)
 
         def takeTerminal():
@@ -61,42 +62,37 @@ class TerminalRun:
         fcntl.ioctl(self.master, termios.TIOCSWINSZ, struct.pack("HHHH", HEIGHT, width, 0, 0))
         self.screen.resize(columns=width)
 
-    def press(self, key):
-        os.write(self.master, key)
-
     def text(self):
         """All that is on the screen: its rows without what is blank in them."""
         return "\n".join(row.rstrip() for row in self.screen.display).rstrip("\n")
 
     def look(self):
-        """Takes in what has been written; false once nobody can write any more."""
+        """Takes in what has been written, until nobody can write any more."""
         if select.select([self.master], [], [], 0.01)[0]:
             try:
                 written = os.read(self.master, 1 << 16)
             except OSError:
-                return False
+                self.isOpen = False
+                return
             self.bytes += written
             for line in re.findall(rb"[^\r]*\r?", written):  # none that was shown goes unseen
                 self.stream.feed(line)
                 if not re.search("VLX|view|[0-9]{6} ", self.text()):
                     self.mostRows = max(self.mostRows, len(self.text().split("\n")))
-        return True
 
     def until(self, condition):
         deadline = time.monotonic() + PATIENCE
         while not condition():
-            if time.monotonic() > deadline or not self.look():
+            if time.monotonic() > deadline or not self.isOpen:
                 raise AssertionError(f"it never came; there is: {self.text()!r}")
+            self.look()
 
     def shows(self, pattern):
         self.until(lambda: re.fullmatch(pattern, self.text()))
 
     def end(self):
         """The exit code, when all that the program has written is on the screen."""
-        deadline = time.monotonic() + PATIENCE
-        while self.look():
-            if time.monotonic() > deadline:
-                raise AssertionError("it does not end")
+        self.until(lambda: not self.isOpen)
         return self.process.wait(PATIENCE)
 
 
@@ -135,46 +131,34 @@ class StatusLine(unittest.TestCase):
 
     def test_shows_on_any_width_what_goes_on_and_leaves_the_outcome_alone(self):
         self.hold("layer", "paddef")
-        for width, line in ((200, r"0/10  layer \d:\d\d  paddef \d:\d\d  \+8 waiting"),
-                            (40, r"0/10  layer \d:\d\d  \+8 waiting"),
-                            (20, r"0/10  layer \d:\d\d")):
-            run = self.run_("-z", "design.mcm", "out.vlx", width=width)
-            run.shows(line)
-            self.letGo()
-            self.assertEqual(run.end(), 0)
-            self.assertRegex(run.text().replace("\n", ""), f"^{WRITTEN}$")
-            self.assertEqual(run.mostRows, 1)
-
-    def test_follows_the_width_of_the_terminal(self):
-        self.hold("layer", "paddef")
         run = self.run_("-z", "design.mcm", "out.vlx", width=40)
-        for width, line in ((40, r"0/10  layer \d:\d\d  \+8 waiting"), (20, r"0/10  layer \d:\d\d"),
-                            (100, r"0/10  layer \d:\d\d  paddef \d:\d\d  \+8 waiting")):
+        for width, line in ((40, r"0/10  layer \d:\d\d  \+8 waiting"),
+                            (100, r"0/10  layer \d:\d\d  paddef \d:\d\d  \+8 waiting"),
+                            (20, r"0/10  layer \d:\d\d")):
             run.resize(width)
             run.shows(line)
+        self.letGo()
+        self.assertEqual(run.end(), 0)
+        self.assertRegex(run.text().replace("\n", ""), f"^{WRITTEN}$")
         self.assertEqual(run.mostRows, 1)
 
     def test_leaves_only_the_lines_of_the_outcome(self):
         cell = ("-z", "-cell", "design.mcm", "out.vlx")
         failing = ("-z", "-cell", "design.mcm", "no/out")
         cases = (
-            (failing, None, 1, f"{WRITTEN}\n{NOT_PACKED}"),
-            (("-z", "-cell", "-add", ".", "design.mcm", "out.vlx"), None, -signal.SIGABRT, ""),
-            (cell, signal.SIGTERM, -signal.SIGTERM, NOT_CREATED),
-            (cell, signal.SIGHUP, -signal.SIGHUP, NOT_CREATED),
-            (cell, signal.SIGQUIT, -signal.SIGQUIT, ""),
-            (failing, b"\x03", -signal.SIGINT, NOT_CREATED),  # with a line of full width
+            (failing, lambda run: self.letGo(), 1, f"{WRITTEN}\n{NOT_PACKED}"),
+            (("-z", "-cell", "-add", ".", "design.mcm", "out.vlx"), lambda run: self.letGo(),
+             -signal.SIGABRT, ""),
+            (cell, lambda run: run.process.terminate(), -signal.SIGTERM, NOT_CREATED),
+            (cell, lambda run: run.process.send_signal(signal.SIGQUIT), -signal.SIGQUIT, ""),
+            # With a line of full width.
+            (failing, lambda run: os.write(run.master, b"\x03"), -signal.SIGINT, NOT_CREATED),
         )
         self.hold("layer")
-        for arguments, interruption, code, left in cases:
+        for arguments, happens, code, left in cases:
             run = self.run_(*arguments, width=40)
             run.shows(r"0/4  layer \d:\d\d .*")
-            if interruption is None:
-                self.letGo()
-            elif isinstance(interruption, bytes):
-                run.press(interruption)
-            else:
-                run.process.send_signal(interruption)
+            happens(run)
             self.assertEqual(run.end(), code, arguments)
             self.assertRegex(run.text(), f"^{left}$")
 
@@ -193,20 +177,17 @@ class StatusLine(unittest.TestCase):
         self.assertRegex(outcome, f"^{WRITTEN}$")
 
     def test_is_not_there_where_there_is_no_terminal_for_it(self):
-        shell = ("/bin/sh", "-m", "-c", '"$0" "$@" & wait $!', BIN / "VelExtracta")
-        for terminal, program in (("dumb", None), ("", None), (None, None), ("xterm", shell)):
-            self.environment.pop("TERM", None)
-            if terminal is not None:
-                self.environment["TERM"] = terminal
-            run = self.run_("-z", "-cell", "design.mcm", "no/out",
-                            **({"program": program} if program else {}))
+        program = [BIN / "VelExtracta"]
+        background = ["/bin/sh", "-m", "-c", '"$0" "$@" & wait $!', *program]
+        for terminal, command in (("dumb", program), ("", program), ("xterm", background),
+                                  ("xterm", ["env", "-u", "TERM", *program])):
+            self.environment["TERM"] = terminal
+            run = self.run_("-z", "-cell", "design.mcm", "no/out", program=command)
             run.end()
             self.assertRegex(run.bytes.decode(), f"^{WRITTEN}\r\n{NOT_PACKED}\r\n$")
-        ended = subprocess.run(
-            [BIN / "VelExtracta", "-z", "-cell", "design.mcm", "no/out"], cwd=self.directory,
-            env=self.environment, stdin=subprocess.DEVNULL, capture_output=True, text=True)
-        self.assertRegex(ended.stdout, f"^{WRITTEN}\n$")
-        self.assertRegex(ended.stderr, f"^{NOT_PACKED}\n$")
+        ended = subprocess.run([*program, "-z", "-cell", "design.mcm", "no/out"], text=True,
+                               cwd=self.directory, env=self.environment, capture_output=True)
+        self.assertRegex(ended.stdout + ended.stderr, f"^{WRITTEN}\n{NOT_PACKED}\n$")
 
     def test_shows_merging_and_packing(self):
         self.environment["READ_IS_SLOW"] = ".txt"
@@ -246,7 +227,7 @@ class StatusLine(unittest.TestCase):
         self.hold("layer")
         run = self.run_("-z", "-cell", "design.mcm", "out.vlx", stdout=subprocess.DEVNULL)
         run.until(lambda: b"layer" in run.bytes)
-        run.press(b"\x13")  # the terminal stops
+        os.write(run.master, b"\x13")  # the terminal stops
         self.letGo()
         self.assertEqual(run.process.wait(PATIENCE), 0)
 

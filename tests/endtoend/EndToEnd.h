@@ -35,7 +35,7 @@ protected:
         if (HasFailure()) {
             std::cout << "the program's log:\n" << readFile(tools / "log") << '\n';
         }
-        for (const pid_t process : processesWith("environ", tools.path().filename())) {
+        for (const pid_t process : processesWith("cmdline", directory.path().filename())) {
             kill(process, SIGKILL);
         }
     }

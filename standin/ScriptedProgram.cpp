@@ -20,6 +20,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Mode = standin::WritableFile::Mode;
 
 std::vector<char*> arguments;  // the program first, null behind the last
 
@@ -65,9 +66,10 @@ std::pair<std::string, std::string> cutFirstWord(const std::string& line) {
     return {line.substr(0, blank), blank == std::string::npos ? "" : line.substr(blank + 1)};
 }
 
-void put(const fs::path& file, const std::string& bytes, std::ios::openmode mode) {
-    if (!(std::ofstream(file, mode | std::ios::binary) << bytes).flush()) {
-        throw std::runtime_error("cannot write " + standin::pathText(file));
+void put(const std::string& path, const std::string& bytes, Mode mode) {
+    standin::WritableFile file(path, mode);
+    if (!file.isOpen() || !file.write(bytes) || !file.close()) {
+        throw std::runtime_error(path + ": " + standin::lastFailure());
     }
 }
 
@@ -121,10 +123,9 @@ struct Command {
 
 constexpr Command kCommands[] = {
     // The first word is a file or folder.
-    {"arguments",
-     [](auto& file, auto&) { put(standin::toPath(file), listArguments(), std::ios::out); }},
-    {"write", [](auto& file, auto& text) { put(standin::toPath(file), text, std::ios::out); }},
-    {"append", [](auto& file, auto& text) { put(standin::toPath(file), text, std::ios::app); }},
+    {"arguments", [](auto& file, auto&) { put(file, listArguments(), Mode::kReplace); }},
+    {"write", [](auto& file, auto& text) { put(file, text, Mode::kReplace); }},
+    {"append", [](auto& file, auto& text) { put(file, text, Mode::kAppend); }},
     {"copy",
      [](auto& from, auto& to) { fs::copy_file(standin::toPath(from), standin::toPath(to)); }},
     {"remove", [](auto& path, auto&) { fs::remove_all(standin::toPath(path)); }},

@@ -74,13 +74,10 @@ bool LFN_IsExistingDirectory(const LongFileName& directory) {
 bool LFN_Delete(const LongFileName& file) {
     boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
     if (file.IsInitialized()) {
-        constexpr unsigned kPause = 10;
-        const auto deadline = std::chrono::steady_clock::now() + removalPatience();
-        removeAll(toPath(file), error);
-        while (error && std::chrono::steady_clock::now() < deadline) {
-            sleepMilliseconds(kPause);
+        tryForAMoment([&] {
             removeAll(toPath(file), error);
-        }
+            return !error;
+        });
     }
     if (error) {
         VelDebug(0, "error: cannot remove %s: %s", file.FilePath(), error.message());

@@ -1,7 +1,6 @@
 #include "tkcore/ReplacementTarget.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -156,14 +155,11 @@ DWORD WindowsTarget::rename() const {
 }
 
 void WindowsTarget::putInPlace() {
-    constexpr unsigned kPause = 10;
-    const auto deadline = std::chrono::steady_clock::now() + removalPatience();
-    DWORD error = rename();
-    while (isOpenElsewhere(error) && interruption() == 0 &&
-           std::chrono::steady_clock::now() < deadline) {
-        sleepMilliseconds(kPause);
+    DWORD error = 0;
+    tryForAMoment([&] {
         error = rename();
-    }
+        return !isOpenElsewhere(error) || interruption() != 0;
+    });
     if (error != 0) {
         fail(error, "replace");
     }

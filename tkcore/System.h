@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 
 #include "tkcore/AString.h"
 
@@ -12,9 +13,12 @@ unsigned hardwareThreads() noexcept;
 /// Pauses the caller; a signal that arrives meanwhile may end the pause.
 void sleepMilliseconds(unsigned milliseconds);
 
-/// For how long it is worth trying to remove what others may hold open for a moment; none where
-/// that keeps nothing from being removed; likewise for a file that is to be replaced.
+/// For how long it is worth trying to remove or replace what others may hold open for a moment;
+/// none where that keeps nothing from it.
 std::chrono::milliseconds removalPatience() noexcept;
+
+/// Tries to remove or replace something, for so long, until that has succeeded or is in vain.
+void tryForAMoment(const std::function<bool()>& isSettled);
 
 /// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and
 /// without a word on its streams.

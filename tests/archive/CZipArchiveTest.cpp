@@ -85,16 +85,6 @@ TEST_F(CZipArchiveTest, holdsWhatItHasReadOfAFileThatChanges) {
     }
 }
 
-TEST_F(CZipArchiveTest, isAbandonedWhenTheListenerFails) {
-    writeFile(output, "older");
-    for (const std::string& bytes : {viewText(9 * kPiece), randomBytes(9 * kPiece)}) {
-        writeFile(input, bytes);
-        const auto fail = [](std::uint64_t) { throw std::range_error("listener"); };
-        EXPECT_THROW(pack({input}, 3, CZipArchive::kDefaultLevel, fail), std::range_error);
-        EXPECT_EQ(readFile(output), "older");
-    }
-}
-
 TEST_F(CZipArchiveTest, namesEntriesByTheirPathsAndMarksUtf8) {
     constexpr unsigned kUtf8Mark = 0x800;
     const struct {

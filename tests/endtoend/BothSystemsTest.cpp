@@ -79,15 +79,4 @@ TEST_F(BothSystems, packTheSameViewsInTheSameBytes) {
     }
 }
 
-TEST_F(BothSystems, readTheArchivesOfWindows) {
-    makeDesign();
-    ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
-    for (const std::string command :
-         {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -tf"}) {
-        const Strings shell{"/bin/sh", "-c", command + " out.vlx"};
-        const Outcome outcome = runProgram({shell, {}, directory.path(), {}});
-        EXPECT_EQ(outcome.exitCode, 0) << command << ": " << outcome.errors;
-    }
-}
-
 }  // namespace

@@ -2,6 +2,7 @@
 #include <regex>
 
 #include "endtoend/EndToEnd.h"
+#include "support/Contents.h"
 
 namespace fs = std::filesystem;
 
@@ -79,15 +80,30 @@ TEST_F(CellRun, movesTextFilesOverOlderOnes) {
     EXPECT_EQ(readFile(directory / "out/layer.txt").substr(0, 2), "A!");
 }
 
-TEST_F(CellRun, packsEverythingWhenFilesAreAdded) {
+TEST_F(CellRun, packsEverythingThatIsAddedAsOtherProgramsReadIt) {
     makeDesign();
-    writeFile(directory / "read me.pdf", "added");
+    const std::map<std::string, std::string> added{
+        {"empty", ""},
+        {"read me.pdf", velextracta::viewText(1'000'000)},
+        {"mixed", velextracta::randomBytes(500'000) + std::string(500'000, 'S')}};
+    for (const auto& [name, bytes] : added) {
+        writeFile(directory / name, bytes);
+    }
     useScript("make-folder folder\nwrite notes.log \n" + goOn());
-    expectSuccess(run({"-z", "-cell", "-add", "read me.pdf,missing,", "design.mcm", "out.vlx"}));
+    expectSuccess(
+        run({"-z", "-cell", "-add", "empty,read me.pdf,missing,mixed,", "design.mcm", "out.vlx"}));
+    for (const std::string command :
+         {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -tf"}) {
+        const Strings shell{"/bin/sh", "-c", command + " out.vlx"};
+        const Outcome outcome = runProgram({shell, {}, directory.path(), {}});
+        EXPECT_EQ(outcome.exitCode, 0) << command << ": " << outcome.errors;
+    }
     const auto entries = packed(directory / "out.vlx");
-    EXPECT_EQ(entries.at("read me.pdf"), "added");
+    for (const auto& [name, bytes] : added) {
+        EXPECT_TRUE(entries.at(name) == bytes) << name;
+    }
     EXPECT_TRUE(entries.contains("notes.log"));
-    EXPECT_EQ(entries.size(), 8U);
+    EXPECT_EQ(entries.size(), 10U);
 }
 
 TEST_F(CellRun, takesItsOptionsInEveryFormAndOrder) {

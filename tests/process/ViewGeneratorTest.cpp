@@ -1,5 +1,6 @@
 #include <memory>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "process/ExtractaViewGenerator.h"
@@ -24,8 +25,8 @@ protected:
     }
 
     void useExtracta(const std::string& commands) {
-        extracta = writeProgram(directory / "the extracta", commands).string();
-        setVariable("VELTAR_EXTRACTA_PATHOVERRIDE", extracta);
+        setVariable("VELTAR_EXTRACTA_PATHOVERRIDE",
+                    writeProgram(directory / "the extracta", commands).string());
     }
 
     ExtractaViewGenerator& start(const AString& name) {
@@ -34,18 +35,8 @@ protected:
         return *generators.back();
     }
 
-    std::string failureOf(const std::function<void()>& operation) {
-        try {
-            operation();
-        } catch (const tkcore::ExtractaParserException& exception) {
-            return exception.what();
-        }
-        return "no failure";
-    }
-
     const TemporaryDirectory directory;
     const std::string design = (directory / "a b.mcm").string();
-    std::string extracta;
     const LongFileName workingDir{AString(directory.path().string() + "/")};
     std::vector<std::unique_ptr<ExtractaViewGenerator>> generators;
     const std::uint32_t oldLimit = ExtractaViewGenerator::maxConcurrentExtractas;
@@ -93,24 +84,6 @@ TEST_F(ViewGenerator, startsWhatIsQueuedWhileSomebodyOnlyPolls) {
     }));
 }
 
-TEST_F(ViewGenerator, noticesAnEndWhoseSignalIsLost) {
-    useExtracta("sleep 50\n");
-    start("1");
-    loseSignalsOfChildren();
-    generators.front()->waitForViewFile();
-}
-
-TEST_F(ViewGenerator, endsItsProcessWhenDropped) {
-    writeProgram(directory / "child", "write child.id $pid\\n\nawait end\n");
-    useExtracta("start child\nwrite parent.id $pid\\n\nawait end\n");
-    start("dropped");
-    const pid_t child = readProcessId(directory / "child.id");
-    const pid_t parent = readProcessId(directory / "parent.id");
-    generators.clear();
-    EXPECT_FALSE(isRunning(child));
-    EXPECT_FALSE(isRunning(parent));
-}
-
 TEST_F(ViewGenerator, leavesTheQueueWhenDropped) {
     useExtracta("append order $stem,\nsleep 20\n");
     ExtractaViewGenerator::maxConcurrentExtractas = 1;
@@ -124,26 +97,12 @@ TEST_F(ViewGenerator, leavesTheQueueWhenDropped) {
 
 TEST_F(ViewGenerator, namesTheDirectoryWhenTheControlFileCannotBeWritten) {
     const AString missing = workingDir.FilePath() + "missing/";
-    EXPECT_EQ(failureOf([&] {
-                  ExtractaViewGenerator(LongFileName(AString("/a.mcm")), MakeNetListDef({}),
-                                        LongFileName(missing), true, "");
-              }),
-              "ExtractaViewGenerator failed to write file " + VEL_ANSI(missing));
-}
-
-TEST_F(ViewGenerator, runsSeveralViewsOutsideThePool) {
-    useExtracta("arguments given\nprint no\nexit 4\n");
-    ExtractaViewGenerator::maxConcurrentExtractas = 0;
-    const std::string at = VEL_ANSI(workingDir.FilePath());
-    const auto run = [&] {
-        ExtractaViewGenerator::runExtracta(
-            LongFileName(AString(design)), LongFileName(AString(at + "c.txt")), false,
-            {{ViewType::layer, at + "layer.txt"}, {ViewType::net, at + "net.txt"}}, workingDir);
+    const auto start = [&] {
+        ExtractaViewGenerator(LongFileName(AString("/a.mcm")), MakeNetListDef({}),
+                              LongFileName(missing), true, "");
     };
-    EXPECT_EQ(failureOf(run), extracta + " exited with non-zero exit code 4: no");
-    EXPECT_EQ(readFile(directory / "given"), "-k\n-m\n" + design + "\n" + at + "c.txt\n" + at +
-                                                 "layer.txt\n" + at + "net.txt\n" +
-                                                 directory.path().string() + "\n");
+    EXPECT_THAT(start, testing::ThrowsMessage<tkcore::ExtractaParserException>(
+                           "ExtractaViewGenerator failed to write file " + VEL_ANSI(missing)));
 }
 
 TEST(ConcurrencyLimit, isHalfTheHardwareThreadsAndAtLeastOne) {

@@ -33,6 +33,3 @@ void interruptThisProcess();
 
 /// Whether a signal that asks the process to end may interrupt the caller's thread.
 bool signalsReachThisThread();
-
-/// No signal tells any longer what becomes of children.
-void loseSignalsOfChildren();

@@ -35,9 +35,3 @@ bool signalsReachThisThread() {
     pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
     return sigismember(&blocked, SIGTERM) == 0;
 }
-
-void loseSignalsOfChildren() {
-    for (const int number : {SIGCHLD, SIGIO}) {
-        signal(number, SIG_DFL);
-    }
-}

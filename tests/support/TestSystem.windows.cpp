@@ -40,5 +40,3 @@ void interruptThisProcess() {
 bool signalsReachThisThread() {
     return false;  // they have threads of their own
 }
-
-void loseSignalsOfChildren() {}

@@ -62,18 +62,6 @@ TEST(LongFileName, createsADirectoryOnlyWhereNothingIs) {
     EXPECT_FALSE(LFN_IsExistingDirectory(LongFileName((directory / "file").string())));
 }
 
-TEST(LongFileName, mayBeLong) {
-    const TemporaryDirectory directory;
-    AString path = (directory / "").string();
-    for (int depth = 0; depth < 5; ++depth) {
-        path += std::string(100, 'd') + "/";
-        EXPECT_TRUE(LFN_CreateDirectory(LongFileName(path))) << depth;
-        EXPECT_TRUE(LongFileName(path).IsDirectory()) << depth;
-    }
-    EXPECT_TRUE(LFN_Delete(LongFileName((directory / std::string(100, 'd')).string())));
-    EXPECT_TRUE(fs::is_empty(directory.path()));
-}
-
 TEST(LongFileName, isDeletedWithAllItHoldsButNotWhatLinksInItPointTo) {
     const TemporaryDirectory directory;
     fs::create_directories(directory / "run/deep");

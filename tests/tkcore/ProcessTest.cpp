@@ -72,34 +72,6 @@ TEST_F(Process, isLookedUpAlongPathOnly) {
     setVariable("PATH", oldPath);
 }
 
-TEST_F(Process, givesTheSystemsErrorCodeWhereItCannotStart) {
-    writeFile(directory / "text", "no program");
-    writeFile(directory / "no-format", "neither script nor binary");
-    fs::permissions(directory / "no-format", fs::perms::all);
-    const struct {
-        std::string program;
-        std::errc error;
-        On system = On::kBoth;
-    } cases[] = {
-        {(directory / "missing").string(), std::errc::no_such_file_or_directory},
-        {(directory / "text").string(), std::errc::permission_denied, On::kPosix},
-        {directory.path().string(), std::errc::permission_denied},
-        {(directory / "no-format").string(), std::errc::executable_format_error},
-        {"", std::errc::no_such_file_or_directory},
-    };
-    for (const auto& [program, error, system] : cases) {
-        if (isHere(system)) {
-            EXPECT_EQ(meaningOf(start({program})), error) << program;
-        }
-    }
-}
-
-TEST_F(Process, isReadWholeThoughItFloodsItsOutput) {
-    ASSERT_EQ(startProgram("flood 5000000"), 0);
-    EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(child->output(), std::string(5'000'000, 'x'));
-}
-
 TEST_F(ProcessTree, isGoneWhenDropped) {
     ASSERT_EQ(startTree("await enough\n"), 0);
     readTree();
@@ -110,27 +82,6 @@ TEST_F(ProcessTree, isGoneWhenDropped) {
 TEST_F(ProcessTree, isLeftAloneByAProgramThatCameToItsOwnEnd) {
     leaveTreeBehind();
     EXPECT_TRUE(isRunning(tree[1]) && isRunning(tree[2]));
-}
-
-TEST_F(ProcessTree, diesWithUsEvenWhenWeAreKilled) {
-    // The process that is killed runs this test again from its start, with a directory of its own.
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    static constexpr char kPlace[] = "PLACE_OF_THE_TREE";
-    if (std::getenv(kPlace) == nullptr) {
-        setVariable(kPlace, directory.path().string());
-    }
-    const auto dieAmidstTheTree = [this] {
-        place = std::getenv(kPlace);
-        fs::remove(directory.path());
-        startTree("await enough\n");
-        readTree();
-        std::_Exit(1);
-    };
-    EXPECT_EXIT(
-        dieAmidstTheTree(), [](int) { return true; }, "");
-    setVariable(kPlace, "");
-    readTree();
-    EXPECT_TRUE(eventually([this] { return !anyRuns(); }));
 }
 
 }  // namespace

@@ -17,12 +17,12 @@
 class Process : public testing::Test {
 protected:
     int start(const std::vector<tkcore::AString>& argv) {
-        return child.emplace().start(argv, tkcore::LongFileName(place.string()));
+        return child.emplace().start(argv, tkcore::LongFileName(directory.path().string()));
     }
 
     /// A program that does what the commands say.
     int startProgram(const std::string& commands) {
-        return start({writeProgram(place / "program", commands).string()});
+        return start({writeProgram(directory / "program", commands).string()});
     }
 
     int waitForEnd() {
@@ -37,14 +37,13 @@ protected:
     }
 
     const TemporaryDirectory directory;
-    std::filesystem::path place = directory.path();
     std::optional<tkcore::ChildProgram> child;
 };
 
 class ProcessTree : public Process {
 protected:
     void TearDown() override {
-        writeFile(place / "enough", "");
+        writeFile(directory / "enough", "");
         EXPECT_TRUE(eventually([this] { return !anyRuns(); }));
     }
 
@@ -52,10 +51,10 @@ protected:
     /// It goes on as the commands say.
     tkcore::AString writeTree(const std::string& commands) const {
         for (const std::string name : {"session", "orphan"}) {
-            writeProgram(place / name, "write " + name + ".id $pid\\n\nawait enough\n");
+            writeProgram(directory / name, "write " + name + ".id $pid\\n\nawait enough\n");
         }
-        writeProgram(place / "parent", "start-detached orphan\n");
-        return writeProgram(place / "program",
+        writeProgram(directory / "parent", "start-detached orphan\n");
+        return writeProgram(directory / "program",
                             "start-detached session\nstart parent\n"
                             "write root.id $pid\\n\n" +
                                 commands)
@@ -66,7 +65,7 @@ protected:
 
     void readTree() {
         for (const char* file : {"root.id", "session.id", "orphan.id"}) {
-            tree.push_back(readProcessId(place / file));
+            tree.push_back(readProcessId(directory / file));
         }
     }
 
@@ -74,7 +73,7 @@ protected:
     void leaveTreeBehind() {
         ASSERT_EQ(startTree("await end\nexit 5\n"), 0);
         readTree();
-        writeFile(place / "end", "");
+        writeFile(directory / "end", "");
         EXPECT_EQ(waitForEnd(), 5);
         child.reset();
         EXPECT_FALSE(isRunning(tree[0]));

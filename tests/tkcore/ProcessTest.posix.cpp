@@ -42,12 +42,6 @@ TEST_F(ScriptTree, isLeftAloneWhenTheKeeperOfAnotherTreeIsKilled) {
     EXPECT_TRUE(isRunning(tree[1]) && isRunning(tree[2]));
 }
 
-TEST_F(Process, leavesNoKeeperWhereItCannotStart) {
-    writeProgram(directory / "program", "");
-    EXPECT_EQ(start({AString((directory / "program.commands").string())}), EACCES);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
-}
-
 class AskedTree : public ScriptTree {
 protected:
     /// A script that notes that it runs, and that it has been asked to end; then it does as told.

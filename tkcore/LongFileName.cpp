@@ -1,7 +1,5 @@
 #include "tkcore/LongFileName.h"
 
-#include <chrono>
-
 #include <boost/filesystem.hpp>
 
 #include "tkcore/Log.h"

@@ -19,6 +19,7 @@ namespace fs = boost::filesystem;
 
 constexpr mode_t kNewFilePermissions = 0666;  // less the umask, which the system takes off
 constexpr mode_t kPermissionBits = 07777;
+constexpr std::uint64_t kStepToDisk = std::uint64_t{8} << 20U;
 
 std::string descriptorPath(const FileDescriptor& descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor.get());
@@ -53,7 +54,8 @@ private:
     FileDescriptor folder;
     FileDescriptor file;
     mode_t permissions = kNewFilePermissions;
-    bool keepPermissions = false;  // those of an older file, whatever the umask
+    std::uint64_t givenToDisk = 0;  // bytes, from the start
+    bool keepPermissions = false;   // those of an older file, whatever the umask
 };
 
 PosixTarget::PosixTarget(const std::string& filePath) : path(filePath) {
@@ -128,6 +130,13 @@ void PosixTarget::writeAt(std::uint64_t offset, const char* data, std::size_t si
         } else if (count == 0 || errno != EINTR) {
             fail(count == 0 ? ENOSPC : errno, "write");
         }
+    }
+    // The disk gets to work while we do, and is not waited for in the end. What fails then fails at
+    // bringToDisk().
+    if (const std::uint64_t end = offset + size; end >= givenToDisk + kStepToDisk) {
+        ::sync_file_range(file.get(), static_cast<off_t>(givenToDisk),
+                          static_cast<off_t>(end - givenToDisk), SYNC_FILE_RANGE_WRITE);
+        givenToDisk = end;
     }
 }
 

@@ -1,6 +1,7 @@
 #include <ctime>
 #include <regex>
 
+#include "archive/Piece.h"
 #include "endtoend/EndToEnd.h"
 #include "support/Contents.h"
 
@@ -82,16 +83,19 @@ TEST_F(CellRun, movesTextFilesOverOlderOnes) {
 
 TEST_F(CellRun, packsEverythingThatIsAddedAsOtherProgramsReadIt) {
     makeDesign();
+    constexpr std::size_t kPiece = velextracta::Piece::kMostBytes;
     const std::map<std::string, std::string> added{
         {"empty", ""},
-        {"read me.pdf", velextracta::viewText(1'000'000)},
+        {"read me.pdf", velextracta::viewText(kPiece - 1)},
+        {"more", velextracta::viewText(kPiece + 1)},
+        {"random", velextracta::randomBytes(2 * kPiece)},
         {"mixed", velextracta::randomBytes(500'000) + std::string(500'000, 'S')}};
     for (const auto& [name, bytes] : added) {
         writeFile(directory / name, bytes);
     }
     useScript("make-folder folder\nwrite notes.log \n" + goOn());
-    expectSuccess(
-        run({"-z", "-cell", "-add", "empty,read me.pdf,missing,mixed,", "design.mcm", "out.vlx"}));
+    expectSuccess(run({"-z", "-cell", "-add", "empty,read me.pdf,missing,more,random,mixed,",
+                       "design.mcm", "out.vlx"}));
     for (const std::string command :
          {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -tf"}) {
         const Strings shell{"/bin/sh", "-c", command + " out.vlx"};
@@ -103,7 +107,7 @@ TEST_F(CellRun, packsEverythingThatIsAddedAsOtherProgramsReadIt) {
         EXPECT_TRUE(entries.at(name) == bytes) << name;
     }
     EXPECT_TRUE(entries.contains("notes.log"));
-    EXPECT_EQ(entries.size(), 10U);
+    EXPECT_EQ(entries.size(), 12U);
 }
 
 TEST_F(CellRun, takesItsOptionsInEveryFormAndOrder) {

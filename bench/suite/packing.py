@@ -52,7 +52,7 @@ class Packings:
             return bench.run(*commands[name], self.archives[name], *relative)
 
         ways = {name: lambda name=name: pack(name) for name in commands}
-        self.runs = bench.compare(repetitions, ways)
+        self.runs = bench.compare(repetitions, ways, fills_memory=True)
 
     def speed(self, name, other) -> float:
         """In bytes a second."""

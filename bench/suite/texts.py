@@ -41,7 +41,7 @@ def measure_merge(bench):
         "own": lambda: merge(bench, combined, pieces),
         "cat": lambda: concatenate(bench, combined, pieces),
     }
-    runs = bench.compare(bench.sizes.repetitions, ways)
+    runs = bench.compare(bench.sizes.repetitions, ways, fills_memory=True)
     small = merge(bench, combined, make_pieces(bench, SMALL_PIECE))
     remove(combined, bench.scratch / "pieces")
     ratio = median_seconds(runs["own"]) / median_seconds(runs["cat"])

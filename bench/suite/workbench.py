@@ -65,16 +65,20 @@ class Workbench:
         seconds = (time.monotonic_ns() - began) / 1e9
         return Sample(began, seconds, run.stdout.decode(errors="replace").splitlines())
 
-    def compare(self, repetitions: int, measurements: dict) -> dict:
+    def compare(self, repetitions: int, measurements: dict, fills_memory: bool = False) -> dict:
         """The list of results of each command, or function. Each is taken in every round, so that
-        whatever else the machine does meets all of them alike; the order turns with each round."""
+        whatever else the machine does meets all of them alike; the order turns with each round.
+        Of what fills the memory there is a round more, which does not count: a virtual machine may
+        have to get back from its host what it has not used for a while."""
         results: dict = {name: [] for name in measurements}
-        for turn in range(repetitions):
+        for turn in range(repetitions + fills_memory):
             for name in list(measurements)[:: -1 if turn % 2 else 1]:
                 # What one measurement has left to be written must not slow down the next.
                 os.sync()
                 measure = measurements[name]
                 results[name].append(measure() if callable(measure) else self.run(*measure))
+        if fills_memory:
+            results = {name: taken[1:] for name, taken in results.items()}
         self.runs.append(results)
         return results
 

@@ -37,14 +37,9 @@ protected:
         return path.relative_path().generic_string();
     }
     /// A little-endian field of the central header of an archive's only entry.
-    unsigned centralField(std::size_t offset, int bytes) const {
+    unsigned centralField(std::size_t offset, std::size_t bytes) const {
         const std::string zip = readFile(output);
-        const std::size_t header = zip.find("PK\x01\x02");
-        unsigned value = 0;
-        while (bytes-- > 0) {
-            value = value << 8U | static_cast<unsigned char>(zip.at(header + offset + bytes));
-        }
-        return value;
+        return littleEndian(zip, zip.find("PK\x01\x02") + offset, bytes);
     }
 
     TemporaryDirectory folder;

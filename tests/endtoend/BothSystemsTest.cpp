@@ -17,18 +17,12 @@ protected:
     /// What the archive in the test's directory holds, by bare name.
     std::map<std::string, Member> members() const {
         const std::string zip = readFile(directory / "out.vlx");
-        const auto number = [&](std::size_t at, int size) {
-            std::size_t value = 0;
-            while (size-- > 0) {
-                value = value << 8U | static_cast<unsigned char>(zip.at(at + size));
-            }
-            return value;
-        };
         std::map<std::string, Member> found;
         std::size_t at = 0;
         for (const ArchiveEntry& entry : readArchive(directory / "out.vlx")) {
-            const std::size_t data = at + 30 + number(at + 26, 2) + number(at + 28, 2);
-            const std::size_t size = number(at + 18, 4);
+            const std::size_t data =
+                at + 30 + littleEndian(zip, at + 26, 2) + littleEndian(zip, at + 28, 2);
+            const std::size_t size = littleEndian(zip, at + 18, 4);
             found[fs::path(entry.name).filename()] = {
                 entry.bytes, entry.mode,
                 zip.substr(at, 10) + zip.substr(at + 14, 16) + zip.substr(data, size)};

@@ -97,7 +97,7 @@ TEST_F(CellRun, packsEverythingThatIsAddedAsOtherProgramsReadIt) {
     expectSuccess(run({"-z", "-cell", "-add", "empty,read me.pdf,missing,more,random,mixed,",
                        "design.mcm", "out.vlx"}));
     for (const std::string command :
-         {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -tf"}) {
+         {"unzip -tq", "7z t -bso0", "python3 -m zipfile -t", "bsdtar -xOf"}) {
         const Strings shell{"/bin/sh", "-c", command + " out.vlx"};
         const Outcome outcome = runProgram({shell, {}, directory.path(), {}});
         EXPECT_EQ(outcome.exitCode, 0) << command << ": " << outcome.errors;

@@ -18,6 +18,15 @@ struct ArchiveEntry final {
     unsigned mode = 0;
 };
 
+/// A number in so many bytes of a file.
+inline unsigned littleEndian(const std::string& file, std::size_t at, std::size_t size) {
+    unsigned value = 0;
+    while (size-- > 0) {
+        value = value << 8U | static_cast<unsigned char>(file.at(at + size));
+    }
+    return value;
+}
+
 /// The entries of a zip archive in its order, read with another library than the one that writes
 /// our archives. Throws if it is not a whole archive.
 inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) {

@@ -178,6 +178,11 @@ std::vector<Fault::Row> Fault::rows() {
         {"notExecutable", kDefault,
          hereOrOnWindows("error: cannot start ./design.mcm: Permission denied", "with error 193"),
          extractor("./design.mcm")},
+        {"ofNoKnownFormat", kCell, hereOrOnWindows("error 8: Exec format error", "error 193"),
+         [=](Fault& fault) {
+             file("tool", 0755)(fault);
+             extractor("./tool")(fault);
+         }},
         {"aDirectoryToStart", kCell,
          hereOrOnWindows("error 13: Permission denied", "error 5: Access denied"),
          extractor("/proc")},

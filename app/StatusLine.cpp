@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 
 namespace velextracta {
@@ -37,7 +36,7 @@ void StatusLine::extractionQueued(const AString& name) {
 
 void StatusLine::extractionStarted(const AString& name, const AString& path) {
     std::erase(queued, name);
-    running.push_back({name, tkcore::toPath(path), Clock::now()});
+    running.push_back({name, tkcore::LongFileName(path), Clock::now()});
     show();
 }
 
@@ -45,7 +44,7 @@ void StatusLine::extractionFinished(const AString& name) {
     const auto extraction = std::ranges::find(running, name, &Extraction::name);
     if (extraction != running.end()) {
         ++finished;
-        finishedBytes += tkcore::fileSize(extraction->path);
+        finishedBytes += tkcore::fileSize(extraction->file);
         running.erase(extraction);
     }
     show();
@@ -80,7 +79,8 @@ void StatusLine::Work::note(std::uint64_t bytesDone, std::uint64_t bytesOfAll) {
 
 RunStatus::Progress StatusLine::Work::progress(Clock::time_point now) const {
     const std::chrono::duration<double> time = now - start;
-    const auto workedBytes = static_cast<double>(bytes - startBytes);
+    // A piece that has grown since its end was noted is taken back to the size noted.
+    const auto workedBytes = static_cast<double>(bytes - std::min(startBytes, bytes));
     return {bytes, all, time < kShortestTime ? 0 : workedBytes / time.count()};
 }
 
@@ -102,7 +102,7 @@ RunStatus StatusLine::status(Clock::time_point now) const {
         status.running.push_back(
             {shownName(extraction.name),
              std::chrono::duration_cast<std::chrono::seconds>(now - extraction.start)});
-        status.writtenBytes += tkcore::fileSize(extraction.path);
+        status.writtenBytes += tkcore::fileSize(extraction.file);
     }
     if (merging.isUnderWay()) {
         status.merging = merging.progress(now);

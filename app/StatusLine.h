@@ -5,10 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include <boost/filesystem/path.hpp>
-
 #include "app/StatusText.h"
 #include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
 #include "tkcore/Terminal.h"
 #include "views/RunObserver.h"
 
@@ -31,7 +30,7 @@ private:
 
     struct Extraction {
         tkcore::AString name;
-        boost::filesystem::path path;
+        tkcore::LongFileName file;
         Clock::time_point start;
     };
 

@@ -1,9 +1,10 @@
-#include <cstddef>
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdint>
-#include <iostream>
+#include <new>
+#include <string_view>
 #include <vector>
-
-#include <boost/filesystem/path.hpp>
 
 #include "app/CommandLine.h"
 #include "app/StatusLine.h"
@@ -13,8 +14,9 @@
 #include "tkcore/Assertion.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
+#include "tkcore/Process.h"
+#include "tkcore/Stream.h"
 #include "tkcore/Terminal.h"
 #include "views/ActiveView.h"
 #include "views/ExtractaViewControl.h"
@@ -22,108 +24,160 @@
 
 namespace {
 
-namespace fs = boost::filesystem;
-
 using tkcore::AString;
+using tkcore::LongFileName;
+using tkcore::Stream;
 using namespace velextracta;
 
 constexpr char kSource[] = "VelExtracta";
 
-/// A path on the outcome lines: the address of its wide text. Whoever reads these lines is used
-/// to it.
-const void* outcomeValue(const AString& path) {
-    return path.c_str();
+/// An outcome line with a path: the address of the path's wide text stands for it, and whoever
+/// reads these lines is used to it. Needs no memory: there may be none left.
+void printOutcome(Stream stream, std::string_view label, const AString& path) {
+    std::array<char, 128> line;
+    char* end = std::ranges::copy(label, line.begin()).out;
+    end = std::ranges::copy(std::string_view("0x"), end).out;
+    end =
+        std::to_chars(end, line.end() - 1, reinterpret_cast<std::uintptr_t>(path.c_str()), 16).ptr;
+    *end++ = '\n';
+    writeTo(stream, {line.data(), end});
 }
 
-/// Where the working directory goes: into the output directory if there is one, else beside the
-/// design file.
-AString workingDirectoryBase(const AString& designPath, const AString& outputPath) {
-    return tkcore::isDirectory(tkcore::toPath(outputPath))
-               ? outputPath
-               : tkcore::pathText(tkcore::toPath(designPath).parent_path());
+/// How far a run has come, for the words that a failure is told with.
+enum class Stage { kCreating, kPackaging };
+
+/// The words for a run that has failed; returns its exit code.
+int fail(Stage stage) {
+    tkcore::eraseTerminalLine();
+    if (stage == Stage::kCreating) {
+        VEL_ASSERT(kSource, !"view creation failed");
+        writeTo(Stream::kErrors, "view creation failed (1).\n");
+    } else {
+        VEL_ASSERT(kSource, !"view zip or move failed");
+        writeTo(Stream::kErrors, "view creation failed (2).\n");
+    }
+    return 1;
 }
 
-bool package(ExtractaExecutor& executor, const CommandLine& options, const AString& outputPath) {
+/// What a run is about: options, design and output as they were given, and as paths.
+struct Request final {
+    CommandLine options;
+    AString designText;
+    AString outputText;
+    LongFileName design = pathOf(designText);
+    LongFileName output = pathOf(outputText);
+
+    static LongFileName pathOf(const AString& text) {
+        return text.empty() ? LongFileName() : LongFileName(text);
+    }
+    [[nodiscard]] const ViewSet& views() const {
+        return options.standardViews ? kStandardViews : kCellViews;
+    }
+    /// Where the working directory goes: into the output directory if there is one, else beside
+    /// the design file.
+    [[nodiscard]] AString base() const {
+        return tkcore::isDirectory(output) ? output.FilePath() : design.folder().FilePath();
+    }
+};
+
+bool package(ExtractaExecutor& executor, const Request& request) {
+    const CommandLine& options = request.options;
     if (!options.addedFiles.empty()) {
         executor.addFilesToWorkingDir(options.addedFiles);
     }
     const AString extension = options.addedFiles.empty() ? ".txt" : "";
-    return options.zip ? executor.zipActiveViews(outputPath, extension)
-                       : executor.moveActiveViews(outputPath, extension);
+    return options.zip ? executor.zipActiveViews(request.outputText, extension)
+                       : executor.moveActiveViews(request.outputText, extension);
 }
 
-/// The names under which the views and the added files are delivered.
-std::vector<fs::path> deliveredNames(const CommandLine& options, const ViewSet& views) {
-    std::vector<fs::path> names;
-    names.reserve(static_cast<std::size_t>(views.GetCount()) + options.addedFiles.size());
+std::vector<AString> viewNames(const ViewSet& views) {
+    std::vector<AString> names;
     for (std::int32_t n = 0; n < views.GetCount(); ++n) {
-        names.push_back(tkcore::toPath(MakeViewFileName(views.GetAt(n), "")));
-    }
-    for (const AString& text : options.addedFiles) {
-        if (const fs::path file = tkcore::toPath(text); tkcore::isThere(file)) {
-            names.push_back(file.filename());
-        }
+        names.push_back(MakeViewFileName(views.GetAt(n), ""));
     }
     return names;
 }
 
-void checkOutput(RunObserver& observer, const CommandLine& options, const ViewSet& views,
-                 const tkcore::LongFileName& design, const fs::path& base, const fs::path& output) {
-    if (options.zip) {
-        warnAboutArchive(observer, output, design);
-        warnAboutRoom(observer, {base, output.parent_path()}, design);
+void checkOutput(RunObserver& observer, const Request& request) {
+    const LongFileName base(request.base());
+    std::vector<AString> names = viewNames(request.views());
+    warnAboutAddedFiles(observer, request.options.addedFiles, names);
+    if (request.options.zip) {
+        warnAboutArchive(observer, request.output, request.design);
+        warnAboutRoom(observer, {base, request.output.folder()}, request.design);
     } else {
-        warnAboutFolder(observer, output, deliveredNames(options, views), design);
-        warnAboutRoom(observer, {base}, design);
+        for (const AString& text : request.options.addedFiles) {
+            names.push_back(LongFileName(text).name());
+        }
+        warnAboutFolder(observer, request.output, names, request.design);
+        warnAboutRoom(observer, {base}, request.design);
     }
 }
 
+/// Whether a log at the path would be the design, or what the run delivers.
+bool isNoLog(const Request& request, const LongFileName& path) {
+    const LongFileName& output = request.output;
+    const bool isArchive = request.options.zip && path.name() == output.name() &&
+                           tkcore::isSameFile(path.folder(), output.folder());
+    const bool isView = !request.options.zip && path.extension() == ".txt" &&
+                        tkcore::isSameFile(path.folder(), output);
+    return isArchive || isView || tkcore::isSameFile(path, request.design) ||
+           tkcore::isSameFile(path, output);
+}
+
 /// Creates and packs the views; returns the exit code.
-int run(const CommandLine& options, const AString& designPath, const AString& outputPath) {
+int run(const Request& request, Stage& stage) {
     StatusLine statusLine;
     ExtractaExecutor executor(statusLine);
     std::vector<ActiveView> activeViews;
-    const AString base = workingDirectoryBase(designPath, outputPath);
-    const ViewSet& views = options.standardViews ? kStandardViews : kCellViews;
-    checkOutput(statusLine, options, views, tkcore::LongFileName(designPath), tkcore::toPath(base),
-                tkcore::toPath(outputPath));
-    if (!executor.createExtractaViews(designPath, base, views, options.nets, activeViews)) {
-        tkcore::eraseTerminalLine();
-        VEL_ASSERT(kSource, !"view creation failed");
-        std::cerr << "view creation failed (1).\n";
-        return 1;
+    checkOutput(statusLine, request);
+    if (!executor.createExtractaViews(request.designText, request.base(), request.views(),
+                                      request.options.nets, activeViews)) {
+        return fail(stage);
     }
-    const bool packaged = package(executor, options, outputPath);
+    stage = Stage::kPackaging;
+    const bool packaged = package(executor, request);
     tkcore::eraseTerminalLine();
     // Printed whatever the packaging came to; a failure line follows it.
-    std::cout << "VLX file written: " << outcomeValue(outputPath) << '\n' << std::flush;
-    if (!packaged) {
-        VEL_ASSERT(kSource, !"view zip or move failed");
-        std::cerr << "view creation failed (2).\n";
+    printOutcome(Stream::kOutput, "VLX file written: ", request.outputText);
+    return packaged ? 0 : fail(stage);
+}
+
+int runFromCommandLine(int argc, char* argv[], Stage& stage) {
+    if (argc < 3) {
+        VEL_ASSERT(kSource, argc >= 3);
         return 1;
     }
-    return 0;
+    const Request request{scanCommandLine(argc, argv), argv[argc - 2], argv[argc - 1]};
+    tkcore::keepLogOff([&](const LongFileName& path) { return isNoLog(request, path); });
+    if (const tkcore::PathStatus status = statusOf(request.design);
+        status.kind == tkcore::PathStatus::Kind::kNothing ||
+        status.kind == tkcore::PathStatus::Kind::kUnknown) {
+        tkcore::VelDebug(0, "error: there is no design %s: %s", request.designText,
+                         status.reason.message());
+        VEL_ASSERT(kSource, !"mcm file does not exist");
+        printOutcome(Stream::kErrors, "mcm file does not exist: ", request.designText);
+        return 1;
+    }
+    return run(request, stage);
 }
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    tkcore::openMissingStreams();
+    tkcore::lendCommandLine(argv);
     tkcore::noteInterruptions();
     tkcore::logUncaughtExceptions();
-    if (argc < 3) {
-        VEL_ASSERT(kSource, argc >= 3);
-        return 1;
+    Stage stage = Stage::kCreating;
+    int exitCode = 1;
+    try {
+        exitCode = runFromCommandLine(argc, argv, stage);
+    } catch (const std::bad_alloc&) {
+        // What was made is cleaned up by now. Other exceptions end the program as they are.
+        tkcore::writeLog(0, "error: ", "there is no memory left");
+        fail(stage);
     }
-    const CommandLine options = scanCommandLine(argc, argv);
-    const AString designPath(argv[argc - 2]);
-    const AString outputPath(argv[argc - 1]);
-    if (!tkcore::isThere(tkcore::toPath(designPath))) {
-        tkcore::VelDebug(0, "error: there is no design %s", designPath);
-        VEL_ASSERT(kSource, !"mcm file does not exist");
-        std::cerr << "mcm file does not exist: " << outcomeValue(designPath) << '\n';
-        return 1;
-    }
-    const int exitCode = run(options, designPath, outputPath);
     tkcore::endByInterruption();
     return exitCode;
 }

@@ -54,6 +54,10 @@ void CZipArchive::reportProgressTo(std::function<void(std::uint64_t)> listener) 
     progress = std::move(listener);
 }
 
+void CZipArchive::beforeDelivery(std::function<void()> lastLook) {
+    delivery = std::move(lastLook);
+}
+
 void CZipArchive::Open(const std::string& path, int mode, int volumeSize) {
     if (mode != kCreate || volumeSize != 0) {
         throw std::invalid_argument("cannot open " + path +
@@ -62,15 +66,27 @@ void CZipArchive::Open(const std::string& path, int mode, int volumeSize) {
     if (container) {
         throw std::logic_error("cannot open " + path + ": another archive is open");
     }
-    container.emplace(path);
+    container.emplace(tkcore::LongFileName(tkcore::AString(path)));
 }
 
 bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, int /*smartness*/,
                              unsigned long /*bufferSize*/) {
+    add(tkcore::LongFileName(tkcore::AString(path)), path, level, fullPath);
+    return true;
+}
+
+bool CZipArchive::AddNewFile(const tkcore::LongFileName& file, int level, bool fullPath,
+                             int /*smartness*/, unsigned long /*bufferSize*/) {
+    add(file, VEL_ANSI(file), level, fullPath);
+    return true;
+}
+
+void CZipArchive::add(const tkcore::LongFileName& source, const std::string& path, int level,
+                      bool fullPath) {
     try {
         tkcore::throwIfInterrupted();
         openContainer();
-        Original original(path);
+        Original original(source);
         const tkcore::InputFile& file = original.file();
         ZipEntry entry{entryName(path, fullPath), file.modificationTime(), file.permissions()};
         if (entry.name.empty()) {
@@ -87,7 +103,6 @@ bool CZipArchive::AddNewFile(const std::string& path, int level, bool fullPath, 
         container.reset();
         throw;
     }
-    return true;
 }
 
 void CZipArchive::Close(int afterException, bool updateTimeStamp) {
@@ -95,7 +110,7 @@ void CZipArchive::Close(int afterException, bool updateTimeStamp) {
         throw std::invalid_argument("the time stamp of an archive is that of its writing");
     }
     if (afterException == kNormalClose) {
-        openContainer().finish();
+        openContainer().finish(delivery);
     }
     container.reset();
 }

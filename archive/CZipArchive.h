@@ -44,6 +44,10 @@ public:
     /// last call. What it throws is a failure of AddNewFile().
     void reportProgressTo(std::function<void(std::uint64_t)> listener);
 
+    /// Called by Close() when the archive is complete, right before it takes its place: the last
+    /// look at that. What it throws is a failure of Close(), and nothing is delivered.
+    void beforeDelivery(std::function<void()> lastLook);
+
     /// Volumes are not supported: volumeSize is 0.
     void Open(const std::string& path, int mode, int volumeSize = 0);
 
@@ -52,11 +56,15 @@ public:
     /// that does not shrink is stored anyway. Always true.
     bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
                     int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
+    bool AddNewFile(const tkcore::LongFileName& file, int level = kDefaultLevel,
+                    bool fullPath = true, int smartness = kSafeSmartness,
+                    unsigned long bufferSize = 65536);
 
     /// After an exception (not 0) the archive is dropped. updateTimeStamp is not supported.
     void Close(int afterException = kNormalClose, bool updateTimeStamp = false);
 
 private:
+    void add(const tkcore::LongFileName& file, const std::string& path, int level, bool fullPath);
     void addFile(const ZipEntry& entry, Original& original, int level);
     void addPieces(const ZipEntry& entry, ZipMethod method, Original& original, PieceLine& line,
                    const Piece* first);
@@ -70,6 +78,7 @@ private:
     int toolsLevel = 0;
     std::unique_ptr<PieceTools> tools;
     std::function<void(std::uint64_t)> progress;
+    std::function<void()> delivery = [] {};
     std::optional<ZipContainer> container;
 };
 

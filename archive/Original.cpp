@@ -6,7 +6,7 @@
 
 namespace velextracta {
 
-Original::Original(const std::string& filePath) : name(filePath), opened(filePath) {}
+Original::Original(const tkcore::LongFileName& file) : opened(file) {}
 
 std::size_t Original::read(std::span<std::byte> room) {
     const auto wanted = std::min<std::uint64_t>(room.size(), opened.size() - bytesRead);

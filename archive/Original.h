@@ -13,9 +13,8 @@ namespace velextracta {
 /// opened: the entry is begun for that size, and what is appended from then on is not ours.
 class Original final {
 public:
-    explicit Original(const std::string& filePath);
+    explicit Original(const tkcore::LongFileName& file);
 
-    [[nodiscard]] const std::string& path() const noexcept { return name; }
     [[nodiscard]] const tkcore::InputFile& file() const noexcept { return opened; }
 
     /// Fewer bytes than fit only at the end, which may have come nearer.
@@ -26,7 +25,6 @@ public:
     [[nodiscard]] std::uint32_t checksum() const noexcept { return crc; }
 
 private:
-    std::string name;
     tkcore::InputFile opened;
     std::uint64_t bytesRead = 0;
     std::uint32_t crc = 0;

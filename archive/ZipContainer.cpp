@@ -114,7 +114,8 @@ struct ZipContainer::Callbacks {
     }
 };
 
-ZipContainer::ZipContainer(const std::string& filePath) : path(filePath), file(filePath) {
+ZipContainer::ZipContainer(const tkcore::LongFileName& filePath)
+    : path(VEL_ANSI(filePath)), file(filePath) {
     zlib_filefunc64_def functions{
         &Callbacks::open, &Callbacks::read,  &Callbacks::write, &Callbacks::tell,
         &Callbacks::seek, &Callbacks::close, &Callbacks::error, this};
@@ -157,9 +158,9 @@ void ZipContainer::end(std::uint64_t size, std::uint32_t checksum) {
     check(zipCloseFileInZipRaw64(writer, size, checksum));
 }
 
-void ZipContainer::finish() {
+void ZipContainer::finish(const std::function<void()>& beforeIt) {
     check(zipClose(std::exchange(writer, nullptr), nullptr));
-    file.commit();
+    file.commit(beforeIt);
 }
 
 void ZipContainer::check(int result) {

@@ -25,7 +25,7 @@ enum class ZipMethod { kStored = 0, kDeflated = 8 };  // by the numbers of the f
 /// after finish(). Every failure is thrown; the container is of no use after one.
 class ZipContainer final {
 public:
-    explicit ZipContainer(const std::string& filePath);
+    explicit ZipContainer(const tkcore::LongFileName& filePath);
     ~ZipContainer();
 
     ZipContainer(const ZipContainer&) = delete;
@@ -38,8 +38,8 @@ public:
     /// Size and CRC-32 are those of the original.
     void end(std::uint64_t size, std::uint32_t checksum);
 
-    /// The archive is complete: it goes to its path.
-    void finish();
+    /// The archive is complete: it goes to its path. The action is called right before that.
+    void finish(const std::function<void()>& beforeIt);
 
 private:
     struct Callbacks;

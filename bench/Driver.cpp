@@ -14,6 +14,7 @@
 #include <iterator>
 #include <memory>
 #include <span>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -104,9 +105,9 @@ void pack(Arguments arguments) {
 /// COMBINED PIECE...
 void merge(Arguments arguments) {
     const Times begin = timesNow();
-    ConnectivityMerge merge(arguments[0]);
+    ConnectivityMerge merge{tkcore::LongFileName(arguments[0])};
     for (const char* piece : arguments.subspan(1)) {
-        merge.append(piece);
+        merge.append(tkcore::LongFileName(piece));
     }
     reportSince(begin);
 }
@@ -124,10 +125,9 @@ void rank(Arguments arguments) {
 
 /// FILE: prints only the bare names of the view files, in the order of the control file's blocks.
 void writeControlFile(Arguments arguments) {
-    std::ofstream file = OpenControlFile(tkcore::LongFileName(arguments[0]));
-    if (!WriteControlFile(file, kStandardViews, {}) || !file.flush()) {
-        throw std::runtime_error(std::string("cannot write ") + arguments[0]);
-    }
+    std::ostringstream text;
+    WriteControlFile(text, kStandardViews, {});
+    SaveControlFile(text, tkcore::LongFileName(arguments[0]));
     std::vector<ActiveView> views;
     CollectViewFiles(kStandardViews, {}, views);
     for (const ActiveView& view : views) {

@@ -11,7 +11,7 @@
 namespace velextracta {
 
 using tkcore::AString;
-using tkcore::VEL_ANSI;
+using tkcore::LongFileName;
 
 namespace {
 
@@ -28,39 +28,43 @@ void orThrow(const AString& message, const Action& action) {
 
 }  // namespace
 
-ConnectivityMerge::ConnectivityMerge(const AString& combinedPath, Meanwhile whatToDo)
+ConnectivityMerge::ConnectivityMerge(const LongFileName& combinedFile, Meanwhile whatToDo)
     : meanwhile(std::move(whatToDo)) {
     try {
-        combined.emplace(VEL_ANSI(combinedPath), tkcore::OutputFile::IfThere::kTruncate);
+        combined.emplace(combinedFile, tkcore::OutputFile::IfThere::kReplace);
     } catch (const std::system_error& error) {
         tkcore::writeLog(0, "error: ", error.what());
     }
 }
 
-std::string ConnectivityMerge::append(const AString& path) {
+void ConnectivityMerge::append(const LongFileName& piece) {
     std::optional<ViewFileInput> input;
-    orThrow("failed to open file " + path, [&] { input.emplace(VEL_ANSI(path)); });
+    orThrow("failed to open file " + piece.FilePath(), [&] { input.emplace(piece); });
 
-    std::string header;
-    std::string jRecord;
-    orThrow("missing header in file " + path, [&] {
-        header = input->readLine();
-        jRecord = input->readLine();
-    });
-
-    orThrow("error adding " + path + " to combined connectivity file", [&] {
-        if (std::exchange(isFirst, false)) {
-            write(header + "\r\n" + jRecord + "\r\n");
+    constexpr int kHeaderLines = 2;
+    const bool isHeaderWanted = std::exchange(isFirst, false);
+    const AString cannotAdd = "error adding " + piece.FilePath() + " to combined connectivity file";
+    for (int line = 0; line < kHeaderLines; ++line) {
+        orThrow("missing header in file " + piece.FilePath(), [&] {
+            input->passLine([&](std::span<const char> bytes) {
+                if (isHeaderWanted) {
+                    orThrow(cannotAdd, [&] { write(bytes); });
+                }
+            });
+        });
+        if (isHeaderWanted) {
+            orThrow(cannotAdd, [&] { write(std::string_view("\r\n")); });
         }
+    }
+    orThrow(cannotAdd, [&] {
         for (auto bytes = input->readBytes(); !bytes.empty(); bytes = input->readBytes()) {
-            write({bytes.data(), bytes.size()});
+            write(bytes);
             meanwhile(bytes.size());
         }
     });
-    return doubtAboutHeader(header, jRecord);
 }
 
-void ConnectivityMerge::write(std::string_view bytes) {
+void ConnectivityMerge::write(std::span<const char> bytes) {
     if (!combined) {
         throw std::system_error(std::make_error_code(std::errc::bad_file_descriptor),
                                 "the combined file is not open");

@@ -3,16 +3,15 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <span>
 
-#include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
 #include "tkcore/OutputFile.h"
 
 namespace velextracta {
 
-/// Puts connectivity view files behind each other in one combined file, under the two header
-/// lines of the first. Owned by the parallel run for as long as it merges. Throws
+/// Puts connectivity view files behind each other in one combined file, made anew, under the two
+/// header lines of the first. Owned by the parallel run for as long as it merges. Throws
 /// ExtractaParserException, naming the file.
 class ConnectivityMerge final {
 public:
@@ -22,13 +21,12 @@ public:
 
     /// A combined file that cannot be opened shows when the first file is added.
     explicit ConnectivityMerge(
-        const tkcore::AString& combinedPath, Meanwhile whatToDo = [](std::size_t) {});
+        const tkcore::LongFileName& combinedFile, Meanwhile whatToDo = [](std::size_t) {});
 
-    /// The doubt about the file's header lines, for a warning; empty if there is none.
-    std::string append(const tkcore::AString& path);
+    void append(const tkcore::LongFileName& piece);
 
 private:
-    void write(std::string_view bytes);
+    void write(std::span<const char> bytes);
 
     std::optional<tkcore::OutputFile> combined;
     Meanwhile meanwhile;

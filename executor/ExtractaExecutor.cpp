@@ -1,10 +1,10 @@
 #include "executor/ExtractaExecutor.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <numeric>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -16,7 +16,6 @@
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 
@@ -29,8 +28,6 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-namespace fs = boost::filesystem;
-
 constexpr char kSource[] = "ExtractaExecutor";
 constexpr unsigned long kReadBufferSize = 65536;
 
@@ -39,19 +36,29 @@ void logReason(const std::exception& exception) {
     tkcore::writeLog(0, "error: ", exception.what());
 }
 
-std::uint64_t totalSize(const std::vector<fs::path>& files) {
+std::uint64_t totalSize(const std::vector<LongFileName>& files) {
     return std::accumulate(
         files.begin(), files.end(), std::uint64_t{0},
-        [](std::uint64_t sum, const fs::path& file) { return sum + tkcore::fileSize(file); });
+        [](std::uint64_t sum, const LongFileName& file) { return sum + tkcore::fileSize(file); });
 }
 
-void pack(const std::vector<fs::path>& files, CZipArchive& archive, RunObserver& observer) {
+void pack(const std::vector<LongFileName>& files, CZipArchive& archive, RunObserver& observer) {
     const std::uint64_t all = totalSize(files);
     std::uint64_t packed = 0;
     archive.reportProgressTo([&](std::uint64_t bytes) { observer.packed(packed += bytes, all); });
-    for (const fs::path& file : files) {
-        archive.AddNewFile(VEL_ANSI(tkcore::pathText(file)), CZipArchive::kDefaultLevel, true,
-                           CZipArchive::kSafeSmartness, kReadBufferSize);
+    for (const LongFileName& file : files) {
+        archive.AddNewFile(file, CZipArchive::kDefaultLevel, true, CZipArchive::kSafeSmartness,
+                           kReadBufferSize);
+    }
+}
+
+void requirePath(const LongFileName& path, const AString& text) {
+    if (text.empty()) {
+        throw std::runtime_error("the output path is empty");
+    }
+    if (!path.IsInitialized()) {
+        throw std::runtime_error("the output path " + VEL_ANSI(text) +
+                                 " is relative, and the current directory is not there any more");
     }
 }
 
@@ -70,7 +77,9 @@ bool ExtractaExecutor::createWorkingDir(const AString& base) {
         VEL_ASSERT(kSource, !"APDLinkServer::createWorkingDir, can't find workingdirpath");
         return fail(AString::Format("Could not find working directory at \"%s\"", base));
     }
-    if (!workingDir.createIn(baseDirectory)) {
+    const std::int32_t number = runNumber();
+    deleteWorkingDir();
+    if (!workingDir.create(baseDirectory, number)) {
         VEL_ASSERT(kSource,
                    !"APDLinkServer::createExtractaViews, could not create working directory");
         return fail(AString::Format("Could not create working directory at \"%s\"",
@@ -94,8 +103,8 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
         return false;
     }
     design = LongFileName(designFile);
-    ExtractaViewGenerator::reportTo(observer);
-    warnAboutBlanks(observer, nets);
+    const auto reporting = ExtractaViewGenerator::reportTo(observer);
+    warnAboutNames(observer, nets);
     return views.Contains(ViewType::conn)
                ? createExtractaControlFileAndViewsMP(designFile, views, nets, activeViews)
                : createViewsWithOneProcess(designFile, views, nets, activeViews);
@@ -104,13 +113,13 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
 bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, const ViewSet& views,
                                                  const std::vector<AString>& nets,
                                                  std::vector<ActiveView>& activeViews) {
-    const LongFileName controlFile(workingDir.name().FilePath() + kControlFileName);
-    std::ofstream stream = OpenControlFile(controlFile);
-    WriteControlFile(stream, views, nets);
-    stream.close();
-    if (!stream.good()) {
-        warn(observer, "cannot write all of " + controlFile.FilePath() + ": " +
-                           std::generic_category().message(errno));
+    const LongFileName controlFile = workingDir.name().in(kControlFileName);
+    std::ostringstream text;
+    WriteControlFile(text, views, nets);
+    try {
+        SaveControlFile(text, controlFile);
+    } catch (const std::system_error& error) {
+        warn(observer, AString(error.what()));
     }
     std::vector<ActiveView> created;
     CollectViewFiles(views, workingDir.name(), created);
@@ -126,7 +135,8 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
     AString names;
     for (const ActiveView& view : created) {
         observer.extractionFinished(ViewTypeName(view.viewType));
-        warnAboutFile(observer, view);
+        warnAboutFile(observer, view.viewType,
+                      workingDir.name().in(MakeViewFileName(view.viewType, "")));
         names += (names.empty() ? "" : ",") + ViewTypeName(view.viewType);
     }
     tkcore::VelDebug(1, "Extracta %s finished \n", names);
@@ -138,22 +148,28 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
     if (!tkcore::LFN_IsExistingDirectory(workingDirectory())) {
         return false;
     }
-    const fs::path workingpath = tkcore::toPath(workingDirectory().FilePath());
-    VEL_ASSERT_TEXT(kSource, "fs::is_directory(workingpath)", isDirectory(workingpath));
+    VEL_ASSERT_TEXT(kSource, "fs::is_directory(workingpath)", isDirectory(workingDirectory()));
     try {
-        copyFiles(files, workingpath);
-    } catch (const tkcore::Interrupted&) {
+        copyFiles(files, workingDir.name());
+    } catch (const tkcore::Interrupted& interrupted) {
+        logReason(interrupted);
         return false;  // which nobody looks at: the packaging behind it fails for the same reason
     }
     return true;
 }
 
 bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& extension) {
-    const fs::path outpath = tkcore::toPath(outputPath);
+    const LongFileName outpath(outputPath);
     VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
     CZipArchive archive;
-    try {
+    archive.beforeDelivery([&] {
         refuseDesign(outpath, design);
+        tkcore::passPointOfNoReturn();
+    });
+    try {
+        requirePath(outpath, outputPath);
+        refuseDesign(outpath, design);
+        refuseInside(workingDir.name(), outpath);
         archive.Open(VEL_ANSI(outputPath), CZipArchive::kCreate, 0);
     } catch (const std::exception& exception) {
         logReason(exception);
@@ -161,8 +177,7 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
         return false;
     }
     try {
-        pack(entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension),
-             archive, observer);
+        pack(entriesWithExtension(workingDir, extension), archive, observer);
         // Inside the guarded block: a disk may fill up as late as here.
         archive.Close(0, false);
     } catch (const std::exception& exception) {
@@ -174,12 +189,12 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
 }
 
 bool ExtractaExecutor::moveActiveViews(const AString& outputPath, const AString& extension) {
-    const fs::path outpath = tkcore::toPath(outputPath);
+    const LongFileName outpath = outputPath.empty() ? LongFileName() : LongFileName(outputPath);
     VEL_ASSERT_TEXT(kSource, "fs::is_directory(outpath)", isDirectory(outpath));
     try {
-        moveEntries(entriesWithExtension(tkcore::toPath(workingDirectory().FilePath()), extension),
-                    outpath, design);
-    } catch (const fs::filesystem_error& error) {
+        requirePath(outpath, outputPath);
+        moveEntries(entriesWithExtension(workingDir, extension), outpath, design);
+    } catch (const std::runtime_error& error) {
         logReason(error);
         VEL_ASSERT(kSource, !"ExtractaExecutor::moveActiveViews, error with boost::filesystem");
         return false;

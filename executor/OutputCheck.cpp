@@ -1,16 +1,16 @@
 #include "executor/OutputCheck.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <stdexcept>
-#include <string>
 #include <system_error>
 
 #include "executor/Packaging.h"
 #include "executor/Warnings.h"
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "tkcore/ReplacementFile.h"
+#include "tkcore/ReplacementTarget.h"
 
 namespace velextracta {
 
@@ -20,32 +20,46 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-namespace fs = boost::filesystem;
-
 constexpr std::uint64_t kBytesPerMegabyte = 1'000'000;
 
 /// Begins a new file at the path just as the archive will be begun, and drops it: only the system
 /// knows all that may be in the way.
-void tryToWrite(const fs::path& path) {
-    const tkcore::ReplacementFile dropped(VEL_ANSI(tkcore::pathText(path)));
+void tryToWrite(const LongFileName& path) {
+    const tkcore::ReplacementFile dropped(path);
 }
 
-void refuseFolder(const fs::path& folder) {
+void refuseFolder(const LongFileName& folder) {
     if (!tkcore::isDirectory(folder)) {
-        throw std::runtime_error("there is no folder " + VEL_ANSI(tkcore::pathText(folder)));
+        throw std::runtime_error("there is no folder " + VEL_ANSI(folder));
     }
     try {
-        tryToWrite(folder / fs::unique_path());
+        tryToWrite(folder.in(tkcore::randomHiddenName()));
     } catch (const std::system_error& error) {
-        throw std::runtime_error("cannot write to the folder " +
-                                 VEL_ANSI(tkcore::pathText(folder)) + ": " +
+        throw std::runtime_error("cannot write to the folder " + VEL_ANSI(folder) + ": " +
                                  error.code().message());
+    }
+}
+
+/// What becomes of an added file, if that is nothing good.
+const char* doubtAboutAdded(const LongFileName& file, const std::vector<AString>& names) {
+    switch (tkcore::statusOf(file).kind) {
+        case tkcore::PathStatus::Kind::kNothing:
+        case tkcore::PathStatus::Kind::kUnknown:
+            return "it is not there";
+        case tkcore::PathStatus::Kind::kFile:
+            return std::ranges::find(names, file.name()) == names.end() ? nullptr
+                                                                        : "its name is taken";
+        case tkcore::PathStatus::Kind::kDirectory:
+        case tkcore::PathStatus::Kind::kOther:
+        default:
+            return "it is no regular file";
     }
 }
 
 }  // namespace
 
-void warnAboutArchive(RunObserver& observer, const fs::path& archive, const LongFileName& design) {
+void warnAboutArchive(RunObserver& observer, const LongFileName& archive,
+                      const LongFileName& design) {
     try {
         refuseDesign(archive, design);
         tryToWrite(archive);
@@ -54,31 +68,40 @@ void warnAboutArchive(RunObserver& observer, const fs::path& archive, const Long
     }
 }
 
-void warnAboutFolder(RunObserver& observer, const fs::path& folder,
-                     const std::vector<fs::path>& names, const LongFileName& design) {
+void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
+                     const std::vector<AString>& names, const LongFileName& design) {
     try {
         refuseFolder(folder);
-        for (const fs::path& name : names) {
-            refuseDesign(tkcore::pathIn(folder, name), design);
+        for (const AString& name : names) {
+            refuseDesign(folder.in(name), design);
         }
     } catch (const std::exception& failure) {
         warn(observer, AString("the views will not be moved: ").append(failure.what()));
     }
 }
 
-void warnAboutRoom(RunObserver& observer, const std::vector<fs::path>& folders,
+void warnAboutAddedFiles(RunObserver& observer, const std::vector<AString>& files,
+                         std::vector<AString> names) {
+    for (const AString& text : files) {
+        const LongFileName file(text);
+        if (const char* doubt = doubtAboutAdded(file, names); doubt != nullptr) {
+            warn(observer, "the file " + text + " cannot be added: " + doubt);
+        }
+        names.push_back(file.name());
+    }
+}
+
+void warnAboutRoom(RunObserver& observer, const std::vector<LongFileName>& folders,
                    const LongFileName& design) {
-    const std::uint64_t size = tkcore::fileSize(tkcore::toPath(design.FilePath()));
-    for (const fs::path& folder : folders) {
-        boost::system::error_code unknown;
-        const fs::space_info disk = fs::space(folder.empty() ? "." : folder, unknown);
-        // A file system without a size has no room that could be told.
-        if (!unknown && disk.capacity > 0 && disk.available < size) {
-            return warn(observer, AString::Format(
-                                      "the disk of %s will hardly hold the views: it has room "
-                                      "for %d MB, and the design alone takes %d MB",
-                                      tkcore::pathText(folder), disk.available / kBytesPerMegabyte,
-                                      size / kBytesPerMegabyte));
+    const std::uint64_t size = tkcore::fileSize(design);
+    for (const LongFileName& folder : folders) {
+        const tkcore::DiskRoom disk = tkcore::roomIn(folder);
+        if (disk.all > 0 && disk.free < size) {
+            return warn(observer,
+                        AString::Format("the disk of %s will hardly hold the views: it has room "
+                                        "for %d MB, and the design alone takes %d MB",
+                                        folder.FilePath(), disk.free / kBytesPerMegabyte,
+                                        size / kBytesPerMegabyte));
         }
     }
 }

@@ -2,8 +2,7 @@
 
 #include <vector>
 
-#include <boost/filesystem.hpp>
-
+#include "tkcore/AString.h"
 #include "tkcore/LongFileName.h"
 #include "views/RunObserver.h"
 
@@ -14,18 +13,22 @@
 namespace velextracta {
 
 /// About a design that would be replaced, and whatever keeps the archive from its place.
-void warnAboutArchive(RunObserver& observer, const boost::filesystem::path& archive,
+void warnAboutArchive(RunObserver& observer, const tkcore::LongFileName& archive,
                       const tkcore::LongFileName& design);
 
 /// About a folder that files of these names cannot be moved into, and about a design among those
 /// that they would replace.
-void warnAboutFolder(RunObserver& observer, const boost::filesystem::path& folder,
-                     const std::vector<boost::filesystem::path>& names,
-                     const tkcore::LongFileName& design);
+void warnAboutFolder(RunObserver& observer, const tkcore::LongFileName& folder,
+                     const std::vector<tkcore::AString>& names, const tkcore::LongFileName& design);
+
+/// About added files that will not be packed, or will end the program: the names are those that
+/// files have already where they will be copied to.
+void warnAboutAddedFiles(RunObserver& observer, const std::vector<tkcore::AString>& files,
+                         std::vector<tkcore::AString> names);
 
 /// About the first of the folders that something is to be written to whose disk has less room than
 /// the design takes.
-void warnAboutRoom(RunObserver& observer, const std::vector<boost::filesystem::path>& folders,
+void warnAboutRoom(RunObserver& observer, const std::vector<tkcore::LongFileName>& folders,
                    const tkcore::LongFileName& design);
 
 }  // namespace velextracta

@@ -1,82 +1,85 @@
 #include "executor/Packaging.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include "tkcore/FileCopy.h"
-#include "tkcore/Path.h"
+#include "tkcore/Interruption.h"
+#include "tkcore/Log.h"
 #include "tkcore/PathStatus.h"
 
 namespace velextracta {
 
 using tkcore::AString;
-using tkcore::isThere;
+using tkcore::LongFileName;
 using tkcore::VEL_ANSI;
-
-namespace fs = boost::filesystem;
 
 namespace {
 
-bool isNamedLikeADesign(const fs::path& path) {
+bool isNamedLikeADesign(const LongFileName& path) {
     static const AString kEnding(".mcm");
-    const std::wstring name = tkcore::pathText(path).wide();
+    const std::wstring& name = path.FilePath().wide();
     const std::size_t start = name.size() - std::min(name.size(), kEnding.wide().size());
     return AString(name.substr(start)).MatchNoCase(kEnding);
 }
 
+[[noreturn]] void refuse(const char* reason, const LongFileName& path) {
+    throw std::system_error(std::make_error_code(std::errc::operation_not_permitted),
+                            reason + VEL_ANSI(path));
+}
+
 }  // namespace
 
-std::vector<fs::path> entriesWithExtension(const fs::path& directory, const AString& extension) {
-    std::vector<fs::path> entries;
-    if (!isThere(directory)) {
-        return entries;
-    }
+std::vector<LongFileName> entriesWithExtension(const WorkingDirectory& directory,
+                                               const AString& extension) {
     // Listed before any is moved: a listing of a directory that changes may skip entries.
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
-        if (extension.empty() || tkcore::pathText(entry.path().extension()).Match(extension)) {
-            entries.push_back(tkcore::pathIn(directory, entry.path().filename()));
-        }
-    }
+    std::vector<LongFileName> entries = directory.contents();
+    std::erase_if(entries, [&](const LongFileName& entry) {
+        return !extension.empty() && !entry.extension().Match(extension);
+    });
     return entries;
 }
 
-void refuseDesign(const fs::path& target, const tkcore::LongFileName& design) {
-    if (!isThere(target)) {
+void refuseDesign(const LongFileName& target, const LongFileName& design) {
+    if (!tkcore::isThere(target)) {
         return;
     }
-    boost::system::error_code error;
-    if (tkcore::isSameFile(target, tkcore::toPath(design.FilePath())) ||
+    if (tkcore::isSameFile(target, design) ||
         (!tkcore::isDirectory(target) &&
-         (isNamedLikeADesign(target) || isNamedLikeADesign(fs::canonical(target, error))))) {
-        throw fs::filesystem_error("a design is never replaced", target,
-                                   make_error_code(boost::system::errc::operation_not_permitted));
+         (isNamedLikeADesign(target) || isNamedLikeADesign(tkcore::followLinks(target))))) {
+        refuse("a design is never replaced: ", target);
     }
 }
 
-void moveEntries(const std::vector<fs::path>& entries, const fs::path& directory,
-                 const tkcore::LongFileName& design) {
-    if (directory.empty()) {
-        // Joined with a name it would mean the current directory.
-        throw fs::filesystem_error("the output path is empty",
-                                   make_error_code(boost::system::errc::no_such_file_or_directory));
-    }
-    for (const fs::path& entry : entries) {
-        refuseDesign(tkcore::pathIn(directory, entry.filename()), design);
-    }
-    for (const fs::path& entry : entries) {
-        const fs::path target = tkcore::pathIn(directory, entry.filename());
-        if (isThere(target)) {
-            fs::remove(target);
+void refuseInside(const LongFileName& directory, const LongFileName& file) {
+    for (LongFileName folder = tkcore::followLinks(file).folder();; folder = folder.in("..")) {
+        if (tkcore::isSameFile(folder, directory)) {
+            refuse("nothing lasts in the working directory: ", file);
         }
-        fs::rename(entry, target);
+        if (!tkcore::isThere(folder) || tkcore::isSameFile(folder, folder.in(".."))) {
+            return;
+        }
     }
 }
 
-void copyFiles(const std::vector<AString>& files, const fs::path& directory) {
+void moveEntries(const std::vector<LongFileName>& entries, const LongFileName& folder,
+                 const LongFileName& design) {
+    for (const LongFileName& entry : entries) {
+        refuseDesign(folder.in(entry.name()), design);
+    }
+    tkcore::passPointOfNoReturn();
+    for (const LongFileName& entry : entries) {
+        tkcore::moveFile(entry, folder.in(entry.name()));
+    }
+}
+
+void copyFiles(const std::vector<AString>& files, const LongFileName& directory) {
     for (const AString& text : files) {
-        const fs::path file = tkcore::toPath(text);
-        if (isThere(file)) {
-            tkcore::copyToNewFile(VEL_ANSI(text),
-                                  VEL_ANSI(tkcore::pathText(directory / file.filename())));
+        const LongFileName file(text);
+        if (tkcore::isThere(file)) {
+            tkcore::copyToNewFile(file, directory.in(file.name()));
+        } else {
+            tkcore::VelDebug(0, "warning: there is no file %s to add", text);
         }
     }
 }

@@ -17,7 +17,6 @@
 #include "process/ExtractaViewGenerator.h"
 #include "reader/ViewFile.h"
 #include "tkcore/Log.h"
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 #include "views/ExtractaViewDef.h"
@@ -39,10 +38,11 @@ using Generators = std::vector<boost::shared_ptr<ExtractaViewGenerator>>;
 /// still run.
 class ParallelRun final {
 public:
-    ParallelRun(const AString& design, const LongFileName& directory, bool option,
+    ParallelRun(const AString& design, const WorkingDirectory& workingDirectory, bool option,
                 RunObserver& runObserver)
         : designFile(LongFileName(design)),
-          workingDir(directory),
+          directory(workingDirectory),
+          workingDir(directory.name()),
           generatorOption(option),
           observer(runObserver) {}
     // All at the same time; then each is waited for as it is destroyed.
@@ -60,12 +60,18 @@ private:
     bool canHaveProcesses(const AString& net) const;
     void splitNet(std::size_t rank, const AString& net);
     std::uint64_t finishedConnectivityBytes() const;
+    /// The view's file, reached through the working directory.
+    LongFileName fileOf(const ActiveView& view) const {
+        return workingDir.in(LongFileName(view.path).name());
+    }
     void start(Generators& generators, const ExtractaViewDef& definition, const AString& name) {
+        directory.requireName();
         generators.push_back(boost::make_shared<ExtractaViewGenerator>(
             designFile, definition, workingDir, generatorOption, name));
     }
 
     const LongFileName designFile;
+    const WorkingDirectory& directory;
     const LongFileName workingDir;
     const bool generatorOption;
     RunObserver& observer;
@@ -87,7 +93,9 @@ void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString
                                 const std::vector<RankedNet>& ranked) {
     std::unordered_set<std::string> surveyed;
     std::unordered_set<std::string> selected;
-    std::ranges::transform(nets, std::inserter(selected, selected.end()), VEL_ANSI);
+    for (const AString& net : nets) {
+        selected.insert(VEL_ANSI(net));
+    }
     for (const RankedNet& net : ranked) {
         if (selected.contains(net.netName)) {
             surveyed.insert(net.netName);
@@ -129,6 +137,7 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
 std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets) {
     survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, "nets");
     const std::string path = VEL_ANSI(survey->waitForViewFile().path);
+    directory.requireName();
     ExtractaViewData records;
     readViewFile(path, records);
     tkcore::VelDebug(1, "createExtractaControlFileAndViewsMP %d connectivity records\n",
@@ -148,8 +157,7 @@ bool ParallelRun::canHaveProcesses(const AString& net) const {
     const bool isTooLong =
         std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
             const AString name = sanitisedName(generatorName(0, net, classes));
-            return tkcore::isTooLong(
-                tkcore::toPath(workingDir.FilePath() + MakeControlFileName(ViewType::conn, name)));
+            return tkcore::isTooLong(workingDir.in(MakeControlFileName(ViewType::conn, name)));
         });
     if (isTooLong) {
         warn(observer, "the net \"" + net +
@@ -175,31 +183,30 @@ std::uint64_t ParallelRun::finishedConnectivityBytes() const {
 }
 
 ActiveView ParallelRun::mergeConnectivity() {
-    const AString combinedPath = workingDir.FilePath() + MakeViewFileName(ViewType::conn, "");
+    const LongFileName combined = workingDir.in(MakeViewFileName(ViewType::conn, ""));
     std::uint64_t merged = 0;
     std::uint64_t finished = 0;
     // A large piece takes its time: finished children are reaped and queued ones started meanwhile.
-    ConnectivityMerge merge(combinedPath, [&](std::size_t bytes) {
+    ConnectivityMerge merge(combined, [&](std::size_t bytes) {
         observer.merged(merged += bytes, finished);
         ExtractaViewGenerator::pollProcesses();
     });
     for (const auto& generator : connectivityGenerators) {
-        const AString path = generator->waitForViewFile().path;
+        const LongFileName piece = fileOf(generator->waitForViewFile());
         const std::uint64_t mergedThen = merged + generator->finishedSize();
         finished = finishedConnectivityBytes();
         observer.merged(merged, finished);
-        if (const std::string doubt = merge.append(path); !doubt.empty()) {
-            warn(observer, "the piece " + path + " is doubtful: " + doubt);
-        }
+        merge.append(piece);
+        warnAboutFile(observer, ViewType::conn, piece);
         observer.merged(merged = mergedThen, finished);  // with the header lines
     }
-    return {ViewType::conn, combinedPath};
+    return {ViewType::conn, combined.FilePath()};
 }
 
 void ParallelRun::waitForOtherViews(std::vector<ActiveView>& activeViews) {
     for (const auto& generator : otherGenerators) {
         activeViews.push_back(generator->waitForViewFile());
-        warnAboutFile(observer, activeViews.back());
+        warnAboutFile(observer, activeViews.back().viewType, fileOf(activeViews.back()));
     }
 }
 
@@ -213,7 +220,7 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
     tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
                      workingDir.name().FilePath());
     try {
-        ParallelRun run(designFile, workingDir.name(), generatorOption, observer);
+        ParallelRun run(designFile, workingDir, generatorOption, observer);
         run.startOtherViews(views, nets);
         if (views.Contains(ViewType::conn)) {
             run.startConnectivity(nets);

@@ -14,18 +14,21 @@ void warn(RunObserver& observer, const AString& text) {
     observer.warned(text);
 }
 
-void warnAboutBlanks(RunObserver& observer, const std::vector<AString>& nets) {
+void warnAboutNames(RunObserver& observer, const std::vector<AString>& nets) {
     for (const AString& net : nets) {
         if (net.wide().starts_with(L' ') || net.wide().ends_with(L' ')) {
             warn(observer, "the selected net \"" + net + "\" has a blank at an end of its name");
         }
+        if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
+            warn(observer, "the selected net \"" + net + "\" has a line break in its name");
+        }
     }
 }
 
-void warnAboutFile(RunObserver& observer, const ActiveView& view) {
-    const std::string doubt = doubtAboutViewFile(VEL_ANSI(view.path));
+void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file) {
+    const std::string doubt = doubtAboutViewFile(file);
     if (!doubt.empty()) {
-        warn(observer, "the view " + ViewTypeName(view.viewType) + " is doubtful: " + view.path +
+        warn(observer, "the view " + ViewTypeName(viewType) + " is doubtful: " + file.FilePath() +
                            ": " + doubt);
     }
 }

@@ -3,8 +3,9 @@
 #include <vector>
 
 #include "tkcore/AString.h"
-#include "views/ActiveView.h"
+#include "tkcore/LongFileName.h"
 #include "views/RunObserver.h"
+#include "views/ViewType.h"
 
 // Doubts about a run that succeeds all the same: each goes to the log, as a failure would, and to
 // the observer.
@@ -13,10 +14,11 @@ namespace velextracta {
 
 void warn(RunObserver& observer, const tkcore::AString& text);
 
-/// About selected nets with a blank at an end of their name: no list of names is meant to hold one.
-void warnAboutBlanks(RunObserver& observer, const std::vector<tkcore::AString>& nets);
+/// About selected nets that no list of names is meant to hold: with a blank at an end of their
+/// name, which then is a part of it, or with a line break in it, which breaks the control file.
+void warnAboutNames(RunObserver& observer, const std::vector<tkcore::AString>& nets);
 
 /// About a view whose file is missing or does not begin like a view file.
-void warnAboutFile(RunObserver& observer, const ActiveView& view);
+void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file);
 
 }  // namespace velextracta

@@ -1,5 +1,6 @@
 #include "process/ExtractaProcess.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <utility>
@@ -38,14 +39,26 @@ AString quotedPath(const LongFileName& file) {
 }
 
 [[noreturn]] void throwExitFailure(const AString& processName, int code,
-                                   const std::string& output) {
+                                   const tkcore::PrintedText& output) {
     std::string message =
         VEL_ANSI(AString::Format("%s exited with non-zero exit code %d", processName, code));
     if (!output.empty()) {
-        message.reserve(message.size() + 2 + output.size());
-        message.append(": ").append(output);
+        message += ": " + output.text();
     }
     throw ExtractaParserException(std::move(message));
+}
+
+/// The name of the control file, by which a list of processes tells extractions apart: the second
+/// path on the command line.
+std::string titleOf(const std::vector<AString>& arguments) {
+    const auto isPath = [](const AString& argument) { return argument.wide().starts_with(L'"'); };
+    auto path = std::ranges::find_if(arguments, isPath);
+    path = std::find_if(path == arguments.end() ? path : path + 1, arguments.end(), isPath);
+    if (path == arguments.end()) {
+        return {};
+    }
+    const std::wstring& text = path->wide();
+    return VEL_ANSI(LongFileName(text.substr(1, text.size() - 2)).name());
 }
 
 }  // namespace
@@ -86,7 +99,7 @@ void StartChildProcess(const AString& executable, const std::vector<AString>& ar
     std::vector<AString> argv{executable};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     VelDebug(1, "*StartChildProcess: %s \n", commandLine(executable, arguments));
-    if (const int result = child.start(argv, workingDir); result != 0) {
+    if (const int result = child.start(argv, workingDir, titleOf(arguments)); result != 0) {
         VelDebug(1, "*StartChildProcess: VelCreateProcess result = %d \n", result);
         throwStartFailure(executable, result);
     }

@@ -27,7 +27,8 @@ std::vector<tkcore::AString> buildExtractaArguments(const tkcore::LongFileName& 
 tkcore::AString commandLine(const tkcore::AString& executable,
                             const std::vector<tkcore::AString>& arguments);
 
-/// Starts a program in the working directory.
+/// Starts a program in the working directory. Refuses to if it is this program itself, which would
+/// start itself again, and so on.
 void StartChildProcess(const tkcore::AString& executable,
                        const std::vector<tkcore::AString>& arguments,
                        const tkcore::LongFileName& workingDir, tkcore::ChildProgram& child);

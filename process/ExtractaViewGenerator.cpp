@@ -1,15 +1,13 @@
 #include "process/ExtractaViewGenerator.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
 #include <functional>
+#include <sstream>
 #include <system_error>
 
 #include "process/ExtractaProcess.h"
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Log.h"
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "views/ExtractaViewControl.h"
 
@@ -43,18 +41,17 @@ ExtractaViewGenerator::ExtractaViewGenerator(const LongFileName& designFile,
                                              const LongFileName& workingDirectory,
                                              bool generatorOption, const AString& givenName)
     : viewType(viewDef.viewType), name(sanitisedName(givenName)), workingDir(workingDirectory) {
-    const LongFileName controlFile(workingDir.FilePath() + MakeControlFileName(viewType, name));
+    const LongFileName controlFile = workingDir.in(MakeControlFileName(viewType, name));
     writeControlFile(viewDef, controlFile);
-    outputFile = LongFileName(workingDir.FilePath() + MakeViewFileName(viewType, name));
+    outputFile = workingDir.in(MakeViewFileName(viewType, name));
     arguments = buildExtractaArguments(designFile, controlFile, generatorOption, {outputFile});
     pool.startOrQueue(*this);
 }
 
 ExtractaViewGenerator::~ExtractaViewGenerator() {
     if (child.isStarted()) {
-        VelDebug(1, "*ExtractaViewGenerator destructor: VeltTerminateProcessTree\n");
+        tkcore::writeLog(1, {}, "*ExtractaViewGenerator destructor: VeltTerminateProcessTree");
     }
-    pool.leave(*this);
 }
 
 ActiveView ExtractaViewGenerator::waitForViewFile() {
@@ -72,7 +69,7 @@ void ExtractaViewGenerator::pollProcesses() {
 
 std::uint64_t ExtractaViewGenerator::finishedSize() const {
     const bool isFinished = !pool.isQueued(*this) && !child.isStarted();
-    return isFinished ? tkcore::fileSize(tkcore::toPath(outputFile.FilePath())) : 0;
+    return isFinished ? tkcore::fileSize(outputFile) : 0;
 }
 
 void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
@@ -91,12 +88,12 @@ void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
 
 void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
                                              const LongFileName& controlFile) const {
-    std::ofstream stream = OpenControlFile(controlFile);
-    WriteViewBlock(viewDef, stream);
-    // Flushed before the look at its state: a full disk shows only when the bytes go out.
-    if (!stream.flush().good()) {
-        VelDebug(0, "error: cannot write %s: %s", controlFile.FilePath(),
-                 std::generic_category().message(errno));
+    std::ostringstream text;
+    WriteViewBlock(viewDef, text);
+    try {
+        SaveControlFile(text, controlFile);
+    } catch (const std::system_error& error) {
+        tkcore::writeLog(0, "error: ", error.what());
         throw ExtractaParserException("ExtractaViewGenerator failed to write file " +
                                       workingDir.FilePath());
     }

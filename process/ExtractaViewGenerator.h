@@ -62,8 +62,8 @@ public:
     /// one would wait for each.
     static void requestEndOfAll() noexcept { pool.requestEnd(); }
 
-    /// Whom the extractions are reported to from now on; must outlive its use.
-    static void reportTo(RunObserver& observer) { pool.reportTo(observer); }
+    /// Whom the extractions are reported to, until the reporting is destroyed.
+    static GeneratorPool::Reporting reportTo(RunObserver& observer) { return {pool, observer}; }
 
     /// Limit of the pool; set anew at the start of each parallel run.
     static std::uint32_t maxConcurrentExtractas;
@@ -81,12 +81,25 @@ private:
 
     static GeneratorPool pool;
 
+    /// Takes the generator out of the pool again, also when its construction fails half-way.
+    class Membership final {
+    public:
+        explicit Membership(ExtractaViewGenerator& owner) : generator(owner) {}
+        ~Membership() { pool.leave(generator); }
+        Membership(const Membership&) = delete;
+        Membership& operator=(const Membership&) = delete;
+
+    private:
+        ExtractaViewGenerator& generator;
+    };
+
     ViewType viewType;
     tkcore::AString name;
     tkcore::LongFileName workingDir;
     tkcore::LongFileName outputFile;
     std::vector<tkcore::AString> arguments;
     tkcore::ChildProgram child;  // with a pipe of its own only while it runs
+    Membership membership{*this};
 };
 
 }  // namespace velextracta

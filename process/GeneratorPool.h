@@ -28,8 +28,19 @@ public:
     void wait();
     void refresh() noexcept { watch.refresh(); }
 
-    /// Whom to tell from now on; must outlive its use.
-    void reportTo(RunObserver& newObserver) { currentObserver = &newObserver; }
+    /// Lets the pool tell an observer for as long as it lives; then it tells nobody.
+    class Reporting final {
+    public:
+        Reporting(GeneratorPool& reportingPool, RunObserver& observer) : pool(reportingPool) {
+            pool.currentObserver = &observer;
+        }
+        ~Reporting() { pool.currentObserver = &nobody(); }
+        Reporting(const Reporting&) = delete;
+        Reporting& operator=(const Reporting&) = delete;
+
+    private:
+        GeneratorPool& pool;
+    };
     [[nodiscard]] RunObserver& observer() const noexcept { return *currentObserver; }
 
     /// Asks every running child to end, all at the same time.

@@ -14,7 +14,7 @@ using tkcore::ExtractaParserException;
 namespace {
 
 std::string readText(const std::string& path) {
-    tkcore::InputFile file(path);
+    tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
     if (file.isDirectory()) {
         throw std::system_error(std::make_error_code(std::errc::is_a_directory), path);
     }

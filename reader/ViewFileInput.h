@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,11 +14,14 @@ namespace velextracta {
 /// memory. Every failure is a std::system_error that names the path; an end is never one.
 class ViewFileInput final {
 public:
-    /// Refuses anything but a regular file.
-    explicit ViewFileInput(const std::string& path);
+    using Take = std::function<void(std::span<const char>)>;
 
-    /// The next line without its line end, CR LF or LF; empty when there is none.
-    std::string readLine();
+    /// Refuses anything but a regular file.
+    explicit ViewFileInput(const tkcore::LongFileName& path);
+
+    /// Hands over the next line, in parts if it is long, without its line end, CR LF or LF; nothing
+    /// when there is none. Throws Interrupted, too.
+    void passLine(const Take& take);
 
     /// The next bytes, none at the end of the file. Good until the next call.
     std::span<const char> readBytes();
@@ -32,10 +36,7 @@ private:
 };
 
 /// Why the file is no view file as far as its first two lines tell ("A!" and "J!"), for a warning;
-/// empty if there is nothing to say.
-std::string doubtAboutViewFile(const std::string& path);
-
-/// The same for two lines that have been read.
-std::string doubtAboutHeader(const std::string& header, const std::string& jRecord);
+/// empty if there is nothing to say. Reads no more than 64 KiB.
+std::string doubtAboutViewFile(const tkcore::LongFileName& path);
 
 }  // namespace velextracta

@@ -35,6 +35,7 @@ std::string expand(std::string text) {
         {"$control", argument(5)},
         {"$first", argument(6)},
         {"$folder", standin::pathText(standin::toPath(argument(4)).parent_path())},
+        {"$run", standin::pathText(standin::toPath(argument(6)).parent_path())},
         {"$stem", standin::pathText(standin::toPath(argument(5)).stem())},
         {"$pid", std::to_string(standin::processNumber())}};
     for (std::size_t at = 0; (at = text.find('$', at)) != std::string::npos;) {
@@ -129,6 +130,20 @@ constexpr Command kCommands[] = {
     {"copy",
      [](auto& from, auto& to) { fs::copy_file(standin::toPath(from), standin::toPath(to)); }},
     {"remove", [](auto& path, auto&) { fs::remove_all(standin::toPath(path)); }},
+    {"rename",
+     [](auto& from, auto& to) { fs::rename(standin::toPath(from), standin::toPath(to)); }},
+    {"link",
+     [](auto& to, auto& link) { fs::create_symlink(standin::toPath(to), standin::toPath(link)); }},
+    {"hard-link",
+     [](auto& to, auto& link) {
+         fs::create_hard_link(standin::toPath(to), standin::toPath(link));
+     }},
+    {"permissions",
+     [](auto& path, auto& octal) {
+         fs::permissions(standin::toPath(path), fs::perms(std::stoi(octal, nullptr, 8)));
+     }},
+    {"grow",
+     [](auto& file, auto& size) { fs::resize_file(standin::toPath(file), std::stoull(size)); }},
     {"make-folder", [](auto& path, auto&) { fs::create_directory(standin::toPath(path)); }},
     {"make-fifo", [](auto& path, auto&) { standin::makeFifo(standin::toPath(path)); }},
     {"await",

@@ -4,11 +4,14 @@
 
 namespace tkcore {
 
-int ChildProgram::start(const std::vector<AString>& argv, const LongFileName& workingDirectory) {
+int ChildProgram::start(const std::vector<AString>& argv, const LongFileName& workingDirectory,
+                        const std::string& title) {
     pipe.CreatePipe();  // a failure shows in the start, which needs it
-    return VeltCreateProcess(AString(), argv.data(), static_cast<int>(argv.size()), handle,
-                             workingDirectory.FilePath(), nullptr, nullptr, pipe.writeHandle(), 0,
-                             false, true, true, 0);
+    ProgramRequest request(argv);
+    request.workingDirectory = workingDirectory.FilePath();
+    request.output = request.errors = pipe.writeHandle();
+    request.title = title;
+    return startProgram(request, handle);
 }
 
 ChildProgram::State ChildProgram::look() {

@@ -6,6 +6,7 @@
 #include "tkcore/AString.h"
 #include "tkcore/LongFileName.h"
 #include "tkcore/Pipe.h"
+#include "tkcore/PrintedText.h"
 #include "tkcore/Process.h"
 
 namespace tkcore {
@@ -23,8 +24,9 @@ public:
     ChildProgram& operator=(const ChildProgram&) = delete;
 
     /// Starts the program, argv[0], with both its outputs in the pipe; returns 0, or the system's
-    /// error code. See VeltCreateProcess.
-    int start(const std::vector<AString>& argv, const LongFileName& workingDirectory);
+    /// error code. See VeltCreateProcess. A process that looks after it may show the title.
+    int start(const std::vector<AString>& argv, const LongFileName& workingDirectory,
+              const std::string& title = {});
 
     /// Collects what has been printed and tells how it stands: kNone before the start, kUnknown
     /// when the system cannot say. Costs nothing while a watch has no news of the program.
@@ -32,8 +34,7 @@ public:
 
     /// Once it has ended; 128 + n if signal n ended it.
     [[nodiscard]] int exitCode() const noexcept { return code; }
-    /// Narrow text, any bytes.
-    [[nodiscard]] const std::string& output() const noexcept { return printed; }
+    [[nodiscard]] const PrintedText& output() const noexcept { return printed; }
     [[nodiscard]] bool isStarted() const noexcept { return handle != nullptr; }
 
     /// Asks the tree politely to end, so that several end at the same time; see
@@ -49,7 +50,7 @@ private:
     CPipe pipe;
     ProcessHandle handle = nullptr;
     int code = kStillRunning;
-    std::string printed;
+    PrintedText printed;
     bool watched = false;  // a watch tells when there is news; else every look asks the system
     bool hasNews = true;
 };

@@ -10,12 +10,12 @@
 
 namespace tkcore {
 
-void copyToNewFile(const std::string& source, const std::string& target) {
+void copyToNewFile(const LongFileName& source, const LongFileName& target) {
     constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
     InputFile input(source);
     if (input.isDirectory()) {
         throw std::system_error(std::make_error_code(std::errc::is_a_directory),
-                                "cannot copy " + source);
+                                "cannot copy " + VEL_ANSI(source));
     }
     OutputFile output(target, OutputFile::IfThere::kFail, input.permissions());
     std::vector<char> buffer(kBufferSize);

@@ -10,4 +10,8 @@ void FileDescriptor::close() noexcept {
     }
 }
 
+std::string descriptorPath(const FileDescriptor& descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor.get());
+}
+
 }  // namespace tkcore

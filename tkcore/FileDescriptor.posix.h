@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <utility>
 
 namespace tkcore {
@@ -29,5 +30,9 @@ private:
 
     int descriptor = kNone;
 };
+
+/// By which the system knows the open file as long as it is open, if its view of processes is
+/// there.
+std::string descriptorPath(const FileDescriptor& descriptor);
 
 }  // namespace tkcore

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
-#include <string>
+
+#include "tkcore/LongFileName.h"
 
 namespace tkcore {
 
@@ -14,7 +15,7 @@ namespace tkcore {
 /// Every failure is a std::system_error that names the path.
 class InputFile final {
 public:
-    explicit InputFile(const std::string& filePath);
+    explicit InputFile(const LongFileName& filePath);
     ~InputFile();
 
     [[nodiscard]] bool isDirectory() const noexcept { return directory; }
@@ -35,7 +36,7 @@ public:
 private:
     struct OpenFile;
 
-    std::string path;
+    LongFileName path;
     std::unique_ptr<OpenFile> file;
     bool directory = false;
     std::uint64_t bytes = 0;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "tkcore/FileDescriptor.posix.h"
+#include "tkcore/OpenFolder.posix.h"
 
 namespace tkcore {
 
@@ -17,27 +18,31 @@ namespace {
     throw std::system_error(error, std::generic_category(), text);
 }
 
+// Without O_NONBLOCK the opening of a pipe nobody writes to would never return.
+int openToRead(const PlaceOfFile& place) {
+    return ::openat(place.folder, place.name(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
 }  // namespace
 
 struct InputFile::OpenFile final {
-    // Without O_NONBLOCK the opening of a pipe nobody writes to would never return.
-    explicit OpenFile(const std::string& path)
-        : descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+    explicit OpenFile(const LongFileName& path) : descriptor(openToRead(placeOf(path))) {}
 
     const FileDescriptor descriptor;
 };
 
 InputFile::~InputFile() = default;
 
-InputFile::InputFile(const std::string& filePath)
+InputFile::InputFile(const LongFileName& filePath)
     : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
     struct stat status {};
     if (!file->descriptor || ::fstat(file->descriptor.get(), &status) != 0) {
-        throwError(errno, "cannot open " + path);
+        throwError(errno, "cannot open " + VEL_ANSI(path));
     }
     directory = S_ISDIR(status.st_mode);
     if (!directory && !S_ISREG(status.st_mode)) {
-        throwError(ENOTSUP, "cannot read " + path + ", which is neither a file nor a directory");
+        throwError(ENOTSUP,
+                   "cannot read " + VEL_ANSI(path) + ", which is neither a file nor a directory");
     }
     bytes = directory ? 0 : static_cast<std::uint64_t>(status.st_size);
     modified = status.st_mtime;
@@ -51,14 +56,14 @@ std::size_t InputFile::readSome(void* destination, std::size_t size) {
             return static_cast<std::size_t>(count);
         }
         if (errno != EINTR) {
-            throwError(errno, "cannot read " + path);
+            throwError(errno, "cannot read " + VEL_ANSI(path));
         }
     }
 }
 
 void InputFile::rewind() {
     if (::lseek(file->descriptor.get(), 0, SEEK_SET) != 0) {
-        throwError(errno, "cannot read " + path + " again");
+        throwError(errno, "cannot read " + VEL_ANSI(path) + " again");
     }
 }
 

@@ -25,7 +25,7 @@ std::time_t secondsSince1970(const FILETIME& time) {
 
 struct InputFile::OpenFile final {
     // Without FILE_FLAG_BACKUP_SEMANTICS no directory can be opened.
-    explicit OpenFile(const std::string& path)
+    explicit OpenFile(const LongFileName& path)
         : handle(CreateFileW(nativePath(path, "open").c_str(), GENERIC_READ,
                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_SEQUENTIAL_SCAN,
@@ -36,18 +36,18 @@ struct InputFile::OpenFile final {
 
 InputFile::~InputFile() = default;
 
-InputFile::InputFile(const std::string& filePath)
+InputFile::InputFile(const LongFileName& filePath)
     : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
     if (!file->handle) {
-        throwSystemError(GetLastError(), "cannot open " + path);
+        throwSystemError(GetLastError(), "cannot open " + VEL_ANSI(path));
     }
     BY_HANDLE_FILE_INFORMATION status{};
     if (GetFileType(file->handle.get()) != FILE_TYPE_DISK) {
-        throwSystemError(ERROR_NOT_SUPPORTED,
-                         "cannot read " + path + ", which is neither a file nor a directory");
+        throwSystemError(ERROR_NOT_SUPPORTED, "cannot read " + VEL_ANSI(path) +
+                                                  ", which is neither a file nor a directory");
     }
     if (GetFileInformationByHandle(file->handle.get(), &status) == 0) {
-        throwSystemError(GetLastError(), "cannot open " + path);
+        throwSystemError(GetLastError(), "cannot open " + VEL_ANSI(path));
     }
     directory = (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     if (!directory) {
@@ -62,7 +62,7 @@ InputFile::InputFile(const std::string& filePath)
 
 void InputFile::rewind() {
     if (SetFilePointerEx(file->handle.get(), LARGE_INTEGER{}, nullptr, FILE_BEGIN) == 0) {
-        throwSystemError(GetLastError(), "cannot read " + path + " again");
+        throwSystemError(GetLastError(), "cannot read " + VEL_ANSI(path) + " again");
     }
 }
 
@@ -71,7 +71,7 @@ std::size_t InputFile::readSome(void* destination, std::size_t size) {
     DWORD count = 0;
     if (ReadFile(file->handle.get(), destination, static_cast<DWORD>(std::min(size, kMostAtOnce)),
                  &count, nullptr) == 0) {
-        throwSystemError(GetLastError(), "cannot read " + path);
+        throwSystemError(GetLastError(), "cannot read " + VEL_ANSI(path));
     }
     return count;
 }

@@ -5,14 +5,15 @@
 namespace tkcore {
 
 /// From here on a request to end is only noted, for the loops to ask after; one that the caller of
-/// the program had switched off stays off. It is SIGINT, SIGTERM or SIGHUP or, where the system
-/// has these, an event of the console: Ctrl-C, Ctrl-Break, its closing, the end of the session. A
-/// write to a closed pipe, or beyond a limit on the size of files, no longer ends the process
-/// either: it fails, as does the access to a drive without a disk, which Windows would ask for.
+/// the program had switched off stays off. It is SIGINT, SIGTERM, SIGHUP, or a warning of a batch
+/// system (SIGUSR1, SIGUSR2, SIGXCPU) or, where the system has these, an event of the console:
+/// Ctrl-C, Ctrl-Break, its closing, the end of the session. A write to a closed pipe, or beyond a
+/// limit on the size of files, no longer ends the process either: it fails, as does the access to a
+/// drive without a disk, which Windows would ask for.
 void noteInterruptions();
 
 /// The first request to end that has been noted, by the number of its signal; 0 while there is
-/// none.
+/// none, and for one that came too late.
 int interruption() noexcept;
 
 /// What every loop that may take long fails with once a request to end has been noted.
@@ -24,8 +25,19 @@ public:
 /// Throws Interrupted once a request to end has been noted.
 void throwIfInterrupted();
 
+/// The same for the last time: where it returns, any request to end comes too late, and what is
+/// about to be delivered will be delivered.
+void passPointOfNoReturn();
+
+/// Whether any request to end has come, be it too late: who waits for a reader waits in vain.
+bool isEndRequested() noexcept;
+
 /// Ends the process as the noted request would have ended it, which its caller expects; returns if
 /// there is none.
 void endByInterruption();
+
+/// For the system's half, which may call them at any moment.
+void noteRequestToEnd(int signal) noexcept;
+void forgetRequestsToEnd() noexcept;
 
 }  // namespace tkcore

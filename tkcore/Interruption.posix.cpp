@@ -7,19 +7,16 @@ namespace tkcore {
 
 namespace {
 
-constexpr std::array kEndingSignals{SIGINT, SIGTERM, SIGHUP};
-
-volatile std::sig_atomic_t notedSignal = 0;
+constexpr std::array kEndingSignals{SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2, SIGXCPU};
 
 extern "C" void noteSignal(int signal) {
-    if (notedSignal == 0) {
-        notedSignal = signal;
-    }
+    noteRequestToEnd(signal);
 }
 
 }  // namespace
 
 void noteInterruptions() {
+    forgetRequestsToEnd();
     for (const int signal : kEndingSignals) {
         struct sigaction action {};
         if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
@@ -34,14 +31,10 @@ void noteInterruptions() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-int interruption() noexcept {
-    return notedSignal;
-}
-
 void endByInterruption() {
-    if (notedSignal != 0) {
-        std::signal(notedSignal, SIG_DFL);
-        std::raise(notedSignal);
+    if (const int signal = interruption(); signal != 0) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
     }
 }
 

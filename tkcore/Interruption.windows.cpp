@@ -1,6 +1,5 @@
 #include "tkcore/Interruption.h"
 
-#include <atomic>
 #include <csignal>
 
 #include <windows.h>
@@ -10,8 +9,6 @@ namespace tkcore {
 namespace {
 
 constexpr UINT kEndedByInterruption = 0xC000013A;  // what the system's own handler ends with
-
-std::atomic<int> notedSignal = 0;
 
 int signalFor(DWORD event) {
     switch (event) {
@@ -26,8 +23,7 @@ int signalFor(DWORD event) {
 
 /// Runs in a thread that the system makes for it.
 BOOL WINAPI noteEvent(DWORD event) {
-    int none = 0;
-    notedSignal.compare_exchange_strong(none, signalFor(event));
+    noteRequestToEnd(signalFor(event));
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         // The system ends the process when this returns, or after some seconds: those are what the
         // run has to clean up. The end of the process ends this thread.
@@ -39,16 +35,13 @@ BOOL WINAPI noteEvent(DWORD event) {
 }  // namespace
 
 void noteInterruptions() {
+    forgetRequestsToEnd();
     SetConsoleCtrlHandler(noteEvent, TRUE);
     SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
 }
 
-int interruption() noexcept {
-    return notedSignal;
-}
-
 void endByInterruption() {
-    if (notedSignal != 0) {
+    if (interruption() != 0) {
         ExitProcess(kEndedByInterruption);
     }
 }

@@ -6,16 +6,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
-
-#include <boost/filesystem.hpp>
+#include <utility>
 
 #include "tkcore/OutputFile.h"
-#include "tkcore/Path.h"
+#include "tkcore/PathStatus.h"
+#include "tkcore/Stream.h"
 #include "tkcore/System.h"
 #include "tkcore/Terminal.h"
 
@@ -29,35 +29,33 @@ constexpr std::size_t kMostInOneWrite = 65536;
 
 const Clock::time_point kStart = Clock::now();
 
+std::function<bool(const LongFileName&)>& noLog() {
+    static std::function<bool(const LongFileName&)> predicate;
+    return predicate;
+}
+
 /// The log as TKCORE_LOG asks for it, read once.
 class Log final {
 public:
     Log() {
         const char* variable = std::getenv("TKCORE_LOG");
         const std::string_view setting = variable == nullptr ? "" : variable;
-        const std::size_t colon = setting.find(':');
-        if (colon == std::string_view::npos) {
+        if (setting.empty()) {
             return;
         }
-        int wantedLevel = 0;
+        const std::size_t colon = std::min(setting.find(':'), setting.size());
         const char* end = setting.data() + colon;
+        int wantedLevel = 0;
         const auto [position, error] = std::from_chars(setting.data(), end, wantedLevel);
-        if (error != std::errc() || position != end) {
+        if (error != std::errc() || position != end || colon == setting.size()) {
+            reasonWhyOff = "TKCORE_LOG is not of the form LEVEL:FILE: " + AString(setting);
             return;
         }
-        const std::string path(setting.substr(colon + 1));
-        try {
-            if (path != "-") {
-                file.emplace(path, OutputFile::IfThere::kAppend);
-                boost::system::error_code unknown;
-                mayBeTerminal = !boost::filesystem::is_regular_file(toPath(path), unknown);
-            }
-            level = wantedLevel;
-        } catch (const std::system_error&) {
-            return;  // off, then
-        }
+        open(AString(setting.substr(colon + 1)));
+        level = reasonWhyOff.empty() ? wantedLevel : level;
     }
 
+    const AString& doubt() const { return reasonWhyOff; }
     bool takes(int textLevel) const { return textLevel <= level; }
 
     void write(std::string_view prefix, std::string_view text) {
@@ -87,12 +85,29 @@ public:
     }
 
 private:
+    void open(const AString& name) {
+        if (name == "-") {
+            return;
+        }
+        const LongFileName path(name);
+        if (noLog() && noLog()(path)) {
+            reasonWhyOff = "TKCORE_LOG names a file that is no log: " + name;
+            return;
+        }
+        try {
+            file.emplace(path, OutputFile::IfThere::kAppend);
+            mayBeTerminal = statusOf(path).kind != PathStatus::Kind::kFile;
+        } catch (const std::system_error& error) {
+            reasonWhyOff = AString("there is no log: ").append(error.what());
+        }
+    }
+
     void put(const std::string& lines) {
         try {
             if (file) {
                 file->write(lines);
             } else {
-                std::cerr << lines << std::flush;
+                writeTo(Stream::kErrors, lines);
             }
         } catch (const std::system_error&) {
             return;  // there is nowhere to tell it
@@ -102,6 +117,7 @@ private:
     std::optional<OutputFile> file;  // else standard error
     int level = -1;
     bool mayBeTerminal = true;
+    AString reasonWhyOff;
 };
 
 Log& theLog() {
@@ -111,8 +127,8 @@ Log& theLog() {
 
 void endQuietly() {
     try {
-        if (const auto exception = std::current_exception()) {
-            std::rethrow_exception(exception);
+        if (std::current_exception()) {
+            throw;  // as it is: to throw a copy would take memory
         }
     } catch (const std::exception& exception) {
         VelDebug(0, "uncaught exception: %s", exception.what());
@@ -133,6 +149,16 @@ void writeLog(int level, std::string_view prefix, std::string_view text) {
     if (logTakes(level)) {
         theLog().write(prefix, text);
     }
+}
+
+void keepLogOff(std::function<bool(const LongFileName&)> isNoLog) {
+    noLog() = std::move(isNoLog);
+    theLog();
+    noLog() = nullptr;
+}
+
+AString doubtAboutLog() {
+    return theLog().doubt();
 }
 
 void logUncaughtExceptions() {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
 
 namespace tkcore {
 
@@ -11,6 +13,13 @@ namespace tkcore {
 /// The environment variable TKCORE_LOG with the value "LEVEL:FILE" turns the log on ("-" as FILE
 /// is standard error). A value of another form, or a file that cannot be opened, leaves it off.
 bool logTakes(int level);
+
+/// Keeps files from becoming the log by a slip of that variable: it stays off for one that the
+/// predicate picks. To be called before anything is logged; opens the log.
+void keepLogOff(std::function<bool(const LongFileName&)> isNoLog);
+
+/// Why the log is off though the variable asks for it; empty if there is nothing to say.
+AString doubtAboutLog();
 
 /// Appends the text, narrow and of any bytes, to the log; the prefix leads its first line, the
 /// seconds since the start lead every line.

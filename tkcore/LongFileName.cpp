@@ -1,11 +1,14 @@
 #include "tkcore/LongFileName.h"
 
+#include <utility>
+
 #include <boost/filesystem.hpp>
 
 #include "tkcore/Log.h"
 #include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "tkcore/System.h"
+#include "tkcore/TreeRemoval.h"
 
 namespace tkcore {
 
@@ -13,26 +16,9 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-fs::path toPath(const LongFileName& file) {
-    return tkcore::toPath(file.FilePath());
-}
-
 bool endsInSeparator(const std::wstring& text) {
     return text.ends_with(L'/') ||
            text.ends_with(static_cast<wchar_t>(fs::path::preferred_separator));
-}
-
-/// What cannot be removed keeps nothing else from being removed.
-void removeAll(const fs::path& path, boost::system::error_code& error) {
-    fs::remove_all(path, error);
-    if (!error) {
-        return;
-    }
-    boost::system::error_code ignored;
-    for (fs::directory_iterator entry(path, ignored), end; entry != end; entry.increment(ignored)) {
-        fs::remove_all(entry->path(), ignored);
-    }
-    fs::remove_all(path, error);
 }
 
 }  // namespace
@@ -54,6 +40,36 @@ const AString& LongFileName::FilePath() const noexcept {
     return path ? *path : kNoPath;
 }
 
+AString LongFileName::name() const {
+    return endsInSeparator(FilePath().wide()) ? AString() : pathText(toPath(*this).filename());
+}
+
+AString LongFileName::extension() const {
+    return pathText(toPath(*this).extension());
+}
+
+LongFileName LongFileName::folder() const {
+    const AString text = pathText(toPath(*this).parent_path());
+    return text.empty() ? *this : LongFileName(text);  // of the root there is none
+}
+
+LongFileName LongFileName::in(const AString& fileName) const {
+    if (!path) {
+        return {};
+    }
+    LongFileName directory = *this;
+    directory.MakeItDirectory();
+    *directory.path += fileName;
+    directory.isInFolder = !isInFolder && held != nullptr;
+    return directory;
+}
+
+LongFileName LongFileName::heldOpen(std::shared_ptr<const OpenFolder> directory) const {
+    LongFileName open = *this;
+    open.held = std::move(directory);
+    return open;
+}
+
 bool LFN_CreateDirectory(const LongFileName& directory) {
     boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
     if (directory.IsInitialized() && fs::create_directory(toPath(directory), error)) {
@@ -66,14 +82,14 @@ bool LFN_CreateDirectory(const LongFileName& directory) {
 }
 
 bool LFN_IsExistingDirectory(const LongFileName& directory) {
-    return directory.IsInitialized() && isDirectory(toPath(directory));
+    return isDirectory(directory);
 }
 
 bool LFN_Delete(const LongFileName& file) {
-    boost::system::error_code error = make_error_code(boost::system::errc::invalid_argument);
+    std::error_code error = make_error_code(std::errc::invalid_argument);
     if (file.IsInitialized()) {
         tryForAMoment([&] {
-            removeAll(toPath(file), error);
+            error = removeTree(file);
             return !error;
         });
     }

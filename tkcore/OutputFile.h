@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
+
+#include "tkcore/LongFileName.h"
 
 namespace tkcore {
 
@@ -13,12 +14,13 @@ namespace tkcore {
 /// std::system_error that names the path; what was written by then stays.
 class OutputFile final {
 public:
-    enum class IfThere { kFail, kTruncate, kAppend };
+    /// To replace is to make it anew: what has the name, a link perhaps, is removed, never opened.
+    enum class IfThere { kFail, kReplace, kAppend };
 
     static constexpr std::uint32_t kUsualPermissions = 0666;
 
     /// The permissions are those of a new file, less what the system is told to take off.
-    OutputFile(const std::string& filePath, IfThere ifThere,
+    OutputFile(const LongFileName& filePath, IfThere ifThere,
                std::uint32_t permissions = kUsualPermissions);
     ~OutputFile();
     OutputFile(OutputFile&&) noexcept;
@@ -28,7 +30,7 @@ public:
 private:
     struct OpenFile;
 
-    std::string path;
+    LongFileName path;
     std::unique_ptr<OpenFile> file;
 };
 

@@ -11,25 +11,13 @@ namespace {
 
 constexpr std::uint32_t kAnyWrite = 0222;
 
-DWORD dispositionFor(OutputFile::IfThere ifThere) {
-    switch (ifThere) {
-        case OutputFile::IfThere::kFail:
-            return CREATE_NEW;
-        case OutputFile::IfThere::kAppend:
-            return OPEN_ALWAYS;
-        case OutputFile::IfThere::kTruncate:
-        default:
-            return CREATE_ALWAYS;
-    }
-}
-
 }  // namespace
 
 struct OutputFile::OpenFile final {
     Handle handle;
 };
 
-OutputFile::OutputFile(const std::string& filePath, IfThere ifThere, std::uint32_t permissions)
+OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint32_t permissions)
     : path(filePath), file(std::make_unique<OpenFile>()) {
     // The right to append alone makes each write go to the end of the file at that moment.
     const bool appends = ifThere == IfThere::kAppend;
@@ -38,10 +26,15 @@ OutputFile::OutputFile(const std::string& filePath, IfThere ifThere, std::uint32
         FILE_SHARE_READ | (appends ? FILE_SHARE_WRITE | FILE_SHARE_DELETE : DWORD{0});
     const DWORD attributes =
         (permissions & kAnyWrite) == 0 ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
-    file->handle = Handle(CreateFileW(nativePath(path, "create").c_str(), access, sharing, nullptr,
-                                      dispositionFor(ifThere), attributes, nullptr));
+    const std::wstring native = nativePath(path, "create");
+    if (ifThere == IfThere::kReplace) {
+        DeleteFileW(native.c_str());
+    }
+    file->handle = Handle(CreateFileW(native.c_str(), access, sharing, nullptr,
+                                      appends ? OPEN_ALWAYS : CREATE_NEW, attributes, nullptr));
+    const DWORD error = GetLastError();
     if (!file->handle) {
-        throwSystemError(GetLastError(), "cannot create " + path);
+        throwSystemError(error, "cannot create " + VEL_ANSI(path));
     }
 }
 
@@ -56,7 +49,7 @@ void OutputFile::write(std::span<const char> bytes) {
         if (WriteFile(file->handle.get(), bytes.data(),
                       static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce)), &count,
                       nullptr) == 0) {
-            throwSystemError(GetLastError(), "cannot write " + path);
+            throwSystemError(GetLastError(), "cannot write " + VEL_ANSI(path));
         }
         bytes = bytes.subspan(count);
     }

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <boost/filesystem/path.hpp>
 
-#include "tkcore/AString.h"
+#include "tkcore/LongFileName.h"
 
 // Paths as texts, and as the filesystem library takes them. Every path of that library is made and
 // read by these: its own conversion of narrow text is not that of VEL_ANSI() everywhere.
@@ -15,16 +16,17 @@ namespace tkcore {
 /// form that is free of the limit, and is absolute.
 boost::filesystem::path toPath(const AString& text);
 
-/// The path of a name in a folder, likewise: the two together may be too long where each is not.
-boost::filesystem::path pathIn(const boost::filesystem::path& folder,
-                               const boost::filesystem::path& name);
+inline boost::filesystem::path toPath(const LongFileName& file) {
+    return toPath(file.FilePath());
+}
 
 /// The inverse of toPath().
 AString pathText(const boost::filesystem::path& path);
 
 /// The text of an absolute path; a relative one is taken from the current directory, an empty one
-/// is that directory. Nothing else is changed but a form of toPath()'s, which is taken back.
-AString absoluteText(const AString& text);
+/// is that directory. Nothing else is changed but a form of toPath()'s, which is taken back. None
+/// for a relative one where the current directory has been removed.
+std::optional<AString> absoluteText(const AString& text);
 
 /// The same path, narrow, with "/" between its names, and without what only says how to read it.
 std::string portablePath(std::string path);

@@ -10,17 +10,18 @@ fs::path toPath(const AString& text) {
     return {VEL_ANSI(text)};
 }
 
-fs::path pathIn(const fs::path& folder, const fs::path& name) {
-    return folder / name;
-}
-
 AString pathText(const fs::path& path) {
     return path.native();
 }
 
-AString absoluteText(const AString& text) {
+std::optional<AString> absoluteText(const AString& text) {
     const fs::path given = toPath(text);
-    return given.is_absolute() ? text : pathText(fs::current_path() / given);
+    if (given.is_absolute()) {
+        return text;
+    }
+    boost::system::error_code error;
+    const fs::path here = fs::current_path(error);
+    return error ? std::nullopt : std::optional(pathText(here / given));
 }
 
 std::string portablePath(std::string path) {

@@ -7,7 +7,6 @@
 #include <windows.h>
 
 #include "tkcore/NativePath.windows.h"
-#include "tkcore/PathStatus.h"
 
 namespace tkcore {
 
@@ -67,10 +66,11 @@ std::wstring withLimit(const std::wstring& path) {
                : path;
 }
 
-std::wstring nativePath(const std::string& path, const char* action) {
-    const std::wstring wide = widen(path);
+std::wstring nativePath(const LongFileName& path, const char* action) {
+    const std::wstring& wide = path.FilePath().wide();
     if (isReserved(wide)) {
-        throwSystemError(ERROR_INVALID_NAME, std::string("cannot ") + action + " " + path +
+        throwSystemError(ERROR_INVALID_NAME, std::string("cannot ") + action + " " +
+                                                 VEL_ANSI(path) +
                                                  ", a name that the system keeps for itself");
     }
     return withoutLimit(wide);
@@ -80,15 +80,11 @@ fs::path toPath(const AString& text) {
     return {withoutLimit(text.wide())};
 }
 
-fs::path pathIn(const fs::path& folder, const fs::path& name) {
-    return {withoutLimit((folder / name).native())};
-}
-
 AString pathText(const fs::path& path) {
     return withLimit(path.native());
 }
 
-AString absoluteText(const AString& text) {
+std::optional<AString> absoluteText(const AString& text) {
     const fs::path given(text.wide());
     if (given.is_absolute() || isDevicePath(text.wide())) {
         // What is put behind it may hold slashes, which the form without limit takes for letters.
@@ -98,7 +94,9 @@ AString absoluteText(const AString& text) {
     if (given.has_root_path()) {
         return fullPath(text.wide());
     }
-    return withLimit((fs::current_path() / given).native());
+    boost::system::error_code error;
+    const fs::path here = fs::current_path(error);
+    return error ? std::nullopt : std::optional(AString(withLimit((here / given).native())));
 }
 
 std::string portablePath(std::string path) {

@@ -1,35 +1,47 @@
 #include "tkcore/PathStatus.h"
 
+#include <boost/filesystem.hpp>
+
+#include "tkcore/Path.h"
+
 namespace tkcore {
 
 namespace fs = boost::filesystem;
 
-bool isThere(const fs::path& path) {
-    boost::system::error_code error;
-    return !isReserved(path) && fs::exists(fs::status(path, error));
+using Kind = PathStatus::Kind;
+
+bool isThere(const LongFileName& path) {
+    const Kind kind = statusOf(path).kind;
+    return kind != Kind::kNothing && kind != Kind::kUnknown;
 }
 
-bool isDirectory(const fs::path& path) {
-    boost::system::error_code error;
-    const fs::file_type type =
-        isReserved(path) ? fs::file_not_found : fs::status(path, error).type();
-    if (type != fs::reparse_file) {
-        return type == fs::directory_file;
+bool isDirectory(const LongFileName& path) {
+    return statusOf(path).kind == Kind::kDirectory;
+}
+
+std::uint64_t fileSize(const LongFileName& path) {
+    const PathStatus status = statusOf(path);
+    return status.kind == Kind::kFile ? status.size : 0;
+}
+
+LongFileName followLinks(const LongFileName& path) {
+    constexpr int kMostLinks = 40;
+    fs::path place = toPath(path);
+    for (int links = 0; links < kMostLinks; ++links) {
+        boost::system::error_code error;
+        const fs::path target = fs::read_symlink(place, error);
+        if (error) {
+            break;
+        }
+        place = target.is_absolute() ? target : place.parent_path() / target;
     }
-    // Of a folder that is kept in step with a cloud the library only knows that it is special.
-    const fs::directory_iterator listing(path, error);
-    return !error;
+    return path.IsInitialized() ? LongFileName(pathText(place)) : path;
 }
 
-std::uint64_t fileSize(const fs::path& path) {
-    boost::system::error_code error;
-    const std::uintmax_t size = isReserved(path) ? 0 : fs::file_size(path, error);
-    return error ? 0 : size;
-}
-
-bool isSameFile(const fs::path& left, const fs::path& right) {
-    boost::system::error_code error;
-    return fs::equivalent(left, right, error) && !error;
+DiskRoom roomIn(const LongFileName& folder) {
+    boost::system::error_code unknown;
+    const fs::space_info disk = fs::space(toPath(folder), unknown);
+    return unknown ? DiskRoom() : DiskRoom{disk.capacity, disk.available};
 }
 
 }  // namespace tkcore

@@ -5,9 +5,16 @@
 #include <string>
 #include <string_view>
 
-#include "tkcore/AString.h"
+#include <boost/filesystem.hpp>
+
+#include "tkcore/NativePath.windows.h"
+#include "tkcore/Path.h"
 
 namespace tkcore {
+
+namespace fs = boost::filesystem;
+
+using Kind = PathStatus::Kind;
 
 namespace {
 
@@ -68,18 +75,51 @@ bool isReservedName(std::wstring_view name) {
 
 }  // namespace
 
-bool isTooLong(const boost::filesystem::path& path) {
-    const std::wstring& text = path.native();
-    return text.size() > kLongestPath ||
-           anyName(text, [](std::wstring_view name) { return name.size() > kLongestName; });
+bool isReserved(std::wstring_view path) {
+    if (path.starts_with(L"\\\\?\\")) {
+        path.remove_prefix(4);
+    }
+    return anyName(path, isReservedName);
 }
 
-bool isReserved(const boost::filesystem::path& path) {
-    std::wstring_view text = path.native();
-    if (text.starts_with(L"\\\\?\\")) {
-        text.remove_prefix(4);
+PathStatus statusOf(const LongFileName& path) {
+    const fs::path native = toPath(path);
+    if (!path.IsInitialized() || isReserved(native.native())) {
+        return {Kind::kNothing, 0, std::make_error_code(std::errc::no_such_file_or_directory)};
     }
-    return anyName(text, isReservedName);
+    boost::system::error_code error;
+    const fs::file_type type = fs::status(native, error).type();
+    const std::error_code reason(error.value(), std::system_category());
+    switch (type) {
+        case fs::regular_file:
+            return {Kind::kFile, fs::file_size(native, error), {}};
+        case fs::directory_file:
+            return {Kind::kDirectory, 0, {}};
+        case fs::file_not_found:
+            return {Kind::kNothing, 0, reason};
+        case fs::status_error:
+            return {Kind::kUnknown, 0, reason};
+        case fs::reparse_file: {
+            // Of a folder that is kept in step with a cloud the library only knows that it is
+            // special.
+            const fs::directory_iterator listing(native, error);
+            return {error ? Kind::kOther : Kind::kDirectory, 0, {}};
+        }
+        default:
+            return {Kind::kOther, 0, {}};
+    }
+}
+
+bool isSameFile(const LongFileName& left, const LongFileName& right) {
+    boost::system::error_code error;
+    return isThere(left) && isThere(right) && fs::equivalent(toPath(left), toPath(right), error) &&
+           !error;
+}
+
+bool isTooLong(const LongFileName& path) {
+    const std::wstring& text = path.FilePath().wide();
+    return text.size() > kLongestPath ||
+           anyName(text, [](std::wstring_view name) { return name.size() > kLongestName; });
 }
 
 }  // namespace tkcore

@@ -23,7 +23,8 @@ bool CPipe::CreatePipe() {
     }
     readEnd->descriptor = FileDescriptor(descriptors[0]);
     writeEnd->descriptor = FileDescriptor(descriptors[1]);
-    return true;
+    // Who has the other end can open this one as well, and take what was there when we asked.
+    return fcntl(descriptors[0], F_SETFL, O_NONBLOCK) == 0;
 }
 
 void CPipe::Close() noexcept {
@@ -48,7 +49,7 @@ int CPipeCommunicator::Read(char* buffer, int size, int& count, bool consume, in
     const ssize_t received =
         read(readEnd->descriptor.get(), buffer, static_cast<std::size_t>(count));
     count = static_cast<int>(std::max<ssize_t>(received, 0));
-    return received < 0 ? errno : 0;
+    return received < 0 && errno != EAGAIN ? errno : 0;
 }
 
 }  // namespace tkcore

@@ -16,7 +16,7 @@ constexpr int kReadFailed = 2;
 
 }  // namespace
 
-int drainPipe(PipeHandle readEnd, std::string& output) {
+int drainPipe(PipeHandle readEnd, PrintedText& output) {
     CPipeCommunicator communicator(readEnd);
     std::array<char, kBufferSize> buffer;
     for (;;) {
@@ -34,7 +34,7 @@ int drainPipe(PipeHandle readEnd, std::string& output) {
             return kReadFailed;
         }
         VEL_ASSERT_AT("Norvik/PipeUtil", 51, receivedSize > 0);
-        output.append(buffer.data(), static_cast<std::size_t>(receivedSize));
+        output.append({buffer.data(), static_cast<std::size_t>(receivedSize)});
     }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "tkcore/AString.h"
 #include "tkcore/Pipe.h"
 
@@ -28,6 +31,29 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
                       unsigned creationFlags, bool showWindow, bool captureOutput,
                       bool captureErrors, int priority);
 
+/// What a program is started with, for those who have more to say than VeltCreateProcess can take.
+struct ProgramRequest final {
+    /// argv, the program's name first, with the quotes that VeltCreateProcess takes off.
+    explicit ProgramRequest(const std::vector<AString>& argv);
+
+    std::string program;
+    std::vector<std::string> arguments;
+    AString workingDirectory;
+    PipeHandle output = nullptr;
+    PipeHandle errors = nullptr;  // null for either: dropped
+    unsigned creationFlags = 0;
+    bool showWindow = false;
+    std::string title;  // what the process that looks after it shows beside its name
+};
+
+/// Does what VeltCreateProcess does. The start of a program from a disk that does not answer may
+/// take for ever: it is given up when a request to end has come (EINTR), and ended when it can be.
+int startProgram(const ProgramRequest& request, ProcessHandle& process);
+
+/// Names the place of this process's own command line, as main() was given it: what looks after
+/// programs shows there what it does.
+void lendCommandLine(char** argv) noexcept;
+
 /// Sets exitCode to kStillRunning, or once the program has ended to its exit code, 128 + n if
 /// signal n ended it. Zero on failure. What a program that came to its own end has left behind
 /// runs on: others may share it.
@@ -43,7 +69,7 @@ bool hasProcessEnded(ProcessHandle process) noexcept;
 /// at the same time. Does nothing to a program that has ended.
 void requestProcessTreeEnd(ProcessHandle process) noexcept;
 
-/// The same, and returns when none is left.
+/// The same, and returns when none is left; what the system cannot end it does not wait for.
 void VeltTerminateProcessTree(ProcessHandle process) noexcept;
 
 }  // namespace tkcore

@@ -3,24 +3,29 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstring>
 #include <deque>
 #include <new>
 #include <span>
 #include <string>
 #include <vector>
 
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tkcore/Interruption.h"
+#include "tkcore/Log.h"
 #include "tkcore/PipeEnd.posix.h"
 #include "tkcore/ProcessDescriptor.posix.h"
 #include "tkcore/ProcessKeeper.posix.h"
 #include "tkcore/ProcessTable.posix.h"
-#include "tkcore/ProgramArguments.h"
 #include "tkcore/ProgramPath.h"
 #include "tkcore/StartedProcess.posix.h"
+#include "tkcore/System.h"
 
 namespace tkcore {
 
@@ -41,6 +46,22 @@ bool isForeign(pid_t child) {
     return std::ranges::any_of(foreignChildren, [=](const ForeignChild& foreign) {
         return foreign.process == child || foreign.session == session;
     });
+}
+
+/// Without it our own keepers and what falls to us cannot be told apart, so nothing is let fall to
+/// us; the keepers know what is theirs all the same.
+bool hasProcessTable() {
+    static const bool isOurs = [] {
+        const bool found = isProcessTableOurs();
+        if (!found) {
+            VelDebug(0,
+                     "warning: /proc does not show this process: of an extraction that has to be "
+                     "ended only its own process group is asked to, and what it has started "
+                     "survives if somebody kills its keeper");
+        }
+        return found;
+    }();
+    return isOurs;
 }
 
 bool isKeeper(pid_t child) {
@@ -88,9 +109,11 @@ void prepareForChildren() {
     prepared = true;
     // Our caller may have switched it off, and then nobody could ask how a child has ended.
     std::signal(SIGCHLD, SIG_DFL);
-    spareChildren([](pid_t) { return true; });  // they were there before us
-    // Should somebody kill a keeper, what it kept falls to us.
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    if (hasProcessTable()) {
+        spareChildren([](pid_t) { return true; });  // they were there before us
+        // Should somebody kill a keeper, what it kept falls to us.
+        prctl(PR_SET_CHILD_SUBREAPER, 1);
+    }
 }
 
 /// Ends what a keeper kept that was killed itself, and then the children of these as they fall to
@@ -113,6 +136,9 @@ void endOrphansOfKeepers() {
 void noteEnd(StartedProcess& process, int waitStatus) noexcept {
     process.exitCode = exitCodeOf(waitStatus);
     process.keeperDescriptor.close();
+    if (!hasProcessTable()) {
+        return;
+    }
     try {
         if (WIFSIGNALED(waitStatus)) {
             endOrphansOfKeepers();
@@ -139,61 +165,137 @@ pid_t startKeeper(ProgramStart& start) {
     return keeper;
 }
 
-/// The error code that the keeper reports; 0 when the program has taken over, which closes the
-/// pipe's other end.
-int readStartError(PipeHandle statusEnd) {
-    int error = 0;
-    ssize_t received = 0;
-    do {
-        received = read(statusEnd->descriptor.get(), &error, sizeof error);
-    } while (received < 0 && errno == EINTR);
-    return received == sizeof error ? error : 0;
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+ProgramStart startOf(const ProgramRequest& request) {
+    ProgramStart start;
+    start.arguments = request.arguments;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        start.environment.emplace_back(*variable);
+    }
+    start.argv = pointersTo(start.arguments);
+    start.envp = pointersTo(start.environment);
+    start.workingDirectory = VEL_ANSI(request.workingDirectory);
+    start.title = "process-keeper: " + request.title;
+    start.hasProcessTable = hasProcessTable();
+    return start;
+}
+
+/// Until the program has taken over, which closes the pipe's other end, or its start has failed.
+/// The start of a program on a disk that does not answer lasts until it does.
+StartFailure awaitStart(PipeHandle statusEnd) {
+    constexpr int kMillisecondsToWait = 50;
+    for (;;) {
+        if (isEndRequested()) {
+            return {EINTR, StartFailure::Step::kSetUp};
+        }
+        pollfd status{statusEnd->descriptor.get(), POLLIN, 0};
+        if (poll(&status, 1, kMillisecondsToWait) == 0) {
+            continue;
+        }
+        StartFailure failure;
+        const ssize_t received = read(statusEnd->descriptor.get(), &failure, sizeof failure);
+        if (received >= 0) {
+            return received == sizeof failure ? failure : StartFailure();
+        }
+    }
+}
+
+int errorCodeOf(const StartFailure& failure) {
+    // "No such file" would be taken for a missing program.
+    switch (failure.step) {
+        case StartFailure::Step::kNullDevice:
+            VelDebug(0, "error: no program can be started without /dev/null: %s",
+                     systemMessage(failure.error));
+            return failure.error == ENOENT ? ENODEV : failure.error;
+        case StartFailure::Step::kFolder:
+            return failure.error == ENOENT ? ENOTDIR : failure.error;
+        case StartFailure::Step::kSetUp:
+        case StartFailure::Step::kProgram:
+        default:
+            return failure.error;
+    }
+}
+
+/// False if it has not ended within the time.
+bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcept {
+    const auto deadline = std::chrono::steady_clock::now() + time;
+    int status = 0;
+    for (;;) {
+        const pid_t ended = waitpid(process.keeper, &status, WNOHANG);
+        if (ended != 0) {
+            noteEnd(process, status);
+            return true;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        sleepMilliseconds(1);
+    }
 }
 
 }  // namespace
 
-int VeltCreateProcess(const AString& applicationName, const AString* argv, int argc,
-                      ProcessHandle& process, const AString& workingDirectory,
-                      const void* /*processSecurity*/, const void* /*threadSecurity*/,
-                      PipeHandle output, unsigned /*creationFlags*/, bool /*showWindow*/,
-                      bool captureOutput, bool captureErrors, int /*priority*/) {
-    ProgramStart start;
-    start.arguments = plainArguments(std::span(argv, static_cast<std::size_t>(argc)));
-    for (std::string& argument : start.arguments) {
-        start.pointers.push_back(argument.data());
+void lendCommandLine(char** argv) noexcept {
+    // The environment follows the arguments, each text right behind the one before.
+    char* end = argv[0];
+    for (char** texts : {argv, environ}) {
+        for (; *texts != nullptr && *texts == end; ++texts) {
+            end += std::strlen(end) + 1;
+        }
     }
-    start.pointers.push_back(nullptr);
-    const std::string name = applicationName.empty() && !start.arguments.empty()
-                                 ? start.arguments.front()
-                                 : VEL_ANSI(applicationName);
-    if (const int error = findProgram(name, start.program); error != 0) {
+    titleRoom = {argv[0], static_cast<std::size_t>(end - argv[0])};
+}
+
+int startProgram(const ProgramRequest& request, ProcessHandle& process) {
+    ProgramStart start = startOf(request);
+    if (const int error = findProgram(request.program, start.program); error != 0) {
         return error;
     }
-    const bool wantsPipe = captureOutput || captureErrors;
-    if (wantsPipe && !output->descriptor) {
-        return EMFILE;
+    if (isThisProgram(start.program)) {
+        VelDebug(0, "error: %s is the program that would start it", start.program);
+        return EPERM;
     }
-    start.workingDirectory = VEL_ANSI(workingDirectory);
-    start.outputDescriptor = captureOutput ? output->descriptor.get() : -1;
-    start.errorDescriptor = captureErrors ? output->descriptor.get() : -1;
+    for (const PipeHandle output : {request.output, request.errors}) {
+        if (output != nullptr && !output->descriptor) {
+            return EMFILE;
+        }
+    }
+    start.outputDescriptor = request.output == nullptr ? -1 : request.output->descriptor.get();
+    start.errorDescriptor = request.errors == nullptr ? -1 : request.errors->descriptor.get();
     CPipe status;
     if (!status.CreatePipe()) {
         return errno;
     }
     start.statusDescriptor = status.writeHandle()->descriptor.get();
     prepareForChildren();
-    const pid_t keeper = startKeeper(start);
-    if (keeper < 0) {
-        return errno;
-    }
-    status.closeWriteEnd();
-    if (const int error = readStartError(status.readHandle()); error != 0) {
-        waitpid(keeper, nullptr, 0);
+    StartedProcess& started = startedProcesses.emplace_back();
+    started.keeper = startKeeper(start);
+    if (started.keeper < 0) {
+        const int error = errno;
+        startedProcesses.pop_back();
         return error;
     }
-    process = &startedProcesses.emplace_back();
-    process->keeper = keeper;
-    process->keeperDescriptor = FileDescriptor(pidfd_open(keeper, 0));
+    status.closeWriteEnd();
+    if (const StartFailure failure = awaitStart(status.readHandle()); failure.error != 0) {
+        // What hangs is its keeper's to end.
+        constexpr std::chrono::seconds kLongestEnd{2};
+        requestProcessTreeEnd(&started);
+        if (reapWithin(started, kLongestEnd)) {
+            startedProcesses.pop_back();
+        }
+        return errorCodeOf(failure);
+    }
+    process = &started;
+    process->keeperDescriptor = FileDescriptor(pidfd_open(process->keeper, 0));
     return 0;
 }
 
@@ -224,14 +326,16 @@ void requestProcessTreeEnd(ProcessHandle process) noexcept {
 }
 
 void VeltTerminateProcessTree(ProcessHandle process) noexcept {
+    // What it takes at most to be asked, to be killed and to be reaped. What cannot be ended, as a
+    // program that waits for a disk, is its keeper's from then on.
+    constexpr std::chrono::seconds kPatience{10};
     if (process == nullptr || process->exitCode) {
         return;
     }
     requestProcessTreeEnd(process);
-    int status = 0;
-    while (waitpid(process->keeper, &status, 0) < 0 && errno == EINTR) {
+    if (!reapWithin(*process, kPatience)) {
+        writeLog(0, "error: ", "a program that was to be ended still runs");
     }
-    noteEnd(*process, status);
 }
 
 }  // namespace tkcore

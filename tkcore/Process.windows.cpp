@@ -16,7 +16,6 @@
 #include "tkcore/NativePath.windows.h"
 #include "tkcore/Path.h"
 #include "tkcore/PipeEnd.windows.h"
-#include "tkcore/ProgramArguments.h"
 #include "tkcore/ProgramPath.h"
 #include "tkcore/StartedProcess.windows.h"
 #include "tkcore/System.h"
@@ -54,6 +53,11 @@ Handle nullDeviceForChild() {
                                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
                                     nullptr));
     return forChild(device.get());
+}
+
+/// Of an output, or of nothing in place of none.
+Handle handleForChild(PipeHandle output, const Handle& nothing) {
+    return forChild(output == nullptr ? nothing.get() : output->handle.get());
 }
 
 /// Sets whether the job's processes end when nobody holds it any longer.
@@ -218,9 +222,10 @@ int startInJob(const ProgramStart& start, StartedProcess& started) {
     silenceDialogs();
     std::wstring commandLine = start.commandLine;  // the system may write to it
     PROCESS_INFORMATION information{};
-    if (CreateProcessW(nativePath(start.program, "start").c_str(), commandLine.data(), nullptr,
-                       nullptr, TRUE, start.flags | creationFlagsHere(), nullptr,
-                       start.folder.c_str(), &startup.StartupInfo, &information) == 0) {
+    if (CreateProcessW(nativePath(LongFileName(AString(start.program)), "start").c_str(),
+                       commandLine.data(), nullptr, nullptr, TRUE,
+                       start.flags | creationFlagsHere(), nullptr, start.folder.c_str(),
+                       &startup.StartupInfo, &information) == 0) {
         return lastError();
     }
     const Handle thread(information.hThread);
@@ -257,39 +262,34 @@ bool noteOwnEnd(StartedProcess& process) noexcept {
 
 }  // namespace
 
-int VeltCreateProcess(const AString& applicationName, const AString* argv, int argc,
-                      ProcessHandle& process, const AString& workingDirectory,
-                      const void* /*processSecurity*/, const void* /*threadSecurity*/,
-                      PipeHandle output, unsigned creationFlags, bool showWindow,
-                      bool captureOutput, bool captureErrors, int /*priority*/) {
-    std::vector<std::string> arguments =
-        plainArguments(std::span(argv, static_cast<std::size_t>(argc)));
-    const std::string name = applicationName.empty() && !arguments.empty()
-                                 ? arguments.front()
-                                 : VEL_ANSI(applicationName);
+void lendCommandLine(char** /*argv*/) noexcept {}  // what keeps programs here is no process
+
+int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     ProgramStart start;
-    if (const int error = findProgram(name, start.program); error != 0) {
+    if (const int error = findProgram(request.program, start.program); error != 0) {
         return error;
     }
-    const bool wantsPipe = captureOutput || captureErrors;
-    if (wantsPipe && !output->handle) {
-        return ERROR_TOO_MANY_OPEN_FILES;
+    if (isThisProgram(start.program)) {
+        VelDebug(0, "error: %s is the program that would start it", start.program);
+        return ERROR_ACCESS_DENIED;
     }
     const Handle null = nullDeviceForChild();
-    const Handle pipe = wantsPipe ? forChild(output->handle.get()) : forChild(null.get());
-    if (!null || !pipe) {
-        return lastError();
+    const Handle output = handleForChild(request.output, null);
+    const Handle errors = handleForChild(request.errors, null);
+    if (!null || !output || !errors) {
+        return ERROR_TOO_MANY_OPEN_FILES;
     }
+    std::vector<std::string> arguments = request.arguments;
     if (isBatchFile(start.program) && !arguments.empty()) {
         arguments.front() = narrow(fullPath(widen(start.program)));
     }
     start.commandLine = commandLineOf(arguments);
-    start.folder = folderToStartIn(workingDirectory);
-    start.flags = creationFlags;
-    start.window = showWindow ? SW_SHOWNORMAL : SW_HIDE;
+    start.folder = folderToStartIn(request.workingDirectory);
+    start.flags = request.creationFlags;
+    start.window = request.showWindow ? SW_SHOWNORMAL : SW_HIDE;
     start.input = null.get();
-    start.output = captureOutput ? pipe.get() : null.get();
-    start.errors = captureErrors ? pipe.get() : null.get();
+    start.output = output.get();
+    start.errors = errors.get();
 
     StartedProcess started;
     if (const int error = startInJob(start, started); error != 0) {

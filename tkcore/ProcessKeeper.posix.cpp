@@ -5,12 +5,15 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <optional>
 #include <span>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +22,8 @@
 #include "tkcore/ProcessTable.posix.h"
 
 namespace tkcore {
+
+TitleRoom titleRoom;
 
 namespace {
 
@@ -35,12 +40,19 @@ bool dieWith(pid_t parent, int signal) noexcept {
     return prctl(PR_SET_PDEATHSIG, signal) == 0 && getppid() == parent;
 }
 
-/// Leaves open what the program may have and the status descriptor, nothing else.
-bool arrangeDescriptors(const ProgramStart& start) noexcept {
-    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-    if (null < 0) {
-        return false;
+void closeFrom(int lowest) noexcept {
+    if (syscall(SYS_close_range, lowest, ~0U, 0U) == 0) {
+        return;
     }
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    for (int descriptor = lowest; static_cast<rlim_t>(descriptor) < limit.rlim_cur; ++descriptor) {
+        close(descriptor);
+    }
+}
+
+/// Leaves open what the program may have and the status descriptor, nothing else.
+bool arrangeDescriptors(const ProgramStart& start, int null) noexcept {
     std::array wanted{null, start.outputDescriptor < 0 ? null : start.outputDescriptor,
                       start.errorDescriptor < 0 ? null : start.errorDescriptor,
                       start.statusDescriptor};
@@ -57,13 +69,29 @@ bool arrangeDescriptors(const ProgramStart& start) noexcept {
             return false;
         }
     }
-    closefrom(kFirstUnusedDescriptor);
+    closeFrom(kFirstUnusedDescriptor);
     return true;
 }
 
-void reportFailure(int descriptor, int error) noexcept {
+void reportFailure(int descriptor, StartFailure::Step step) noexcept {
+    const StartFailure failure{errno, step};
     // Nothing can be done where even this fails; the reader then sees a program that ended.
-    [[maybe_unused]] const ssize_t written = write(descriptor, &error, sizeof error);
+    [[maybe_unused]] const ssize_t written = write(descriptor, &failure, sizeof failure);
+}
+
+[[noreturn]] void giveUp(int descriptor, StartFailure::Step step) noexcept {
+    reportFailure(descriptor, step);
+    _exit(kKeeperFailed);
+}
+
+/// In place of the command line that we have inherited: who ends our programs by their name must
+/// not find their keepers.
+void showTitle(const std::string& title) noexcept {
+    prctl(PR_SET_NAME, "process-keeper");
+    if (titleRoom.size > 0) {
+        std::memset(titleRoom.begin, 0, titleRoom.size);
+        std::memcpy(titleRoom.begin, title.data(), std::min(title.size(), titleRoom.size - 1));
+    }
 }
 
 /// The program finds no handler of ours: what we handle it must not be handed, and what we switched
@@ -80,17 +108,16 @@ void resetSignals() noexcept {
 
 /// Runs in the keeper's memory: changes nothing there that the keeper looks at.
 [[noreturn]] void becomeProgram(const ProgramStart& start, pid_t keeper) noexcept {
-    if (dieWith(keeper, SIGKILL)) {
-        if (chdir(start.workingDirectory.c_str()) != 0) {
-            // "No such file" would be taken for a missing program.
-            reportFailure(kStatusDescriptor, errno == ENOENT ? ENOTDIR : errno);
-        } else {
-            pthread_sigmask(SIG_SETMASK, &start.signalMask, nullptr);
-            execv(start.program.c_str(), start.pointers.data());
-            reportFailure(kStatusDescriptor, errno);
-        }
+    setpgid(0, 0);  // what it sends to its own group is not meant for the keeper
+    if (!dieWith(keeper, SIGKILL)) {
+        _exit(kKeeperFailed);
     }
-    _exit(kKeeperFailed);
+    if (chdir(start.workingDirectory.c_str()) != 0) {
+        giveUp(kStatusDescriptor, StartFailure::Step::kFolder);
+    }
+    pthread_sigmask(SIG_SETMASK, &start.signalMask, nullptr);
+    execve(start.program.c_str(), start.argv.data(), start.envp.data());
+    giveUp(kStatusDescriptor, StartFailure::Step::kProgram);
 }
 
 /// The program's exit code, or none if we are told to end it while it runs.
@@ -112,15 +139,29 @@ std::optional<int> waitForProgram(pid_t program) noexcept {
     }
 }
 
-/// Asks every descendant to end. Only a descriptor makes sure that the one asked is the one found:
-/// a number may have come to mean another process.
-void askDescendantsToEnd() {
-    for (const auto& [process, parent] : descendantsOfThisProcess()) {
-        const FileDescriptor descriptor(pidfd_open(process, 0));
-        if (const pid_t now = parentOf(process); now == parent || now == getpid()) {
-            pidfd_send_signal(descriptor.get(), SIGTERM, nullptr, 0);
-            pidfd_send_signal(descriptor.get(), SIGCONT, nullptr, 0);  // it may be suspended
+/// A number may have come to mean another process. One that is ours to reap keeps its number, and a
+/// descriptor its process; for any other, on a system without descriptors, the time of its start
+/// makes it as good as sure.
+void ask(const ProcessEntry& entry) noexcept {
+    const FileDescriptor descriptor(pidfd_open(entry.process, 0));
+    if (lookUp(entry.process).start != entry.start) {
+        return;
+    }
+    for (const int signal : {SIGTERM, SIGCONT}) {  // it may be suspended
+        if (!descriptor || pidfd_send_signal(descriptor.get(), signal, nullptr, 0) != 0) {
+            kill(entry.process, signal);
         }
+    }
+}
+
+void askDescendantsToEnd(pid_t program, bool hasProcessTable) {
+    if (!hasProcessTable) {
+        kill(-program, SIGTERM);
+        kill(-program, SIGCONT);
+        return;
+    }
+    for (const ProcessEntry& entry : descendantsOfThisProcess()) {
+        ask(entry);
     }
 }
 
@@ -145,11 +186,13 @@ void waitForChildren(std::chrono::milliseconds grace) noexcept {
 
 /// Kills what is left: each child and, as they fall to us, their children. Gives up on what may not
 /// be killed.
-void killDescendants() noexcept {
+void killDescendants(bool hasProcessTable) noexcept {
     for (bool found = haveChildren(); found;) {
         found = false;
-        std::array<pid_t, 256> children;
-        for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
+        std::array<pid_t, 256> room;
+        const std::size_t count =
+            hasProcessTable ? childrenOfThisProcess(room) : childrenByTrial(room);
+        for (const pid_t child : std::span(room).first(count)) {
             if (kill(child, SIGKILL) == 0) {  // ours to reap: its number means nobody else
                 waitpid(child, nullptr, 0);
                 found = true;
@@ -158,13 +201,13 @@ void killDescendants() noexcept {
     }
 }
 
-void endDescendants() noexcept {
+void endDescendants(pid_t program, bool hasProcessTable) noexcept {
     try {
-        askDescendantsToEnd();
+        askDescendantsToEnd(program, hasProcessTable);
     } catch (...) {  // no memory for a list of them: they are not asked, then
     }
     waitForChildren(kGrace);
-    killDescendants();
+    killDescendants(hasProcessTable);
 }
 
 }  // namespace
@@ -177,14 +220,17 @@ void keepProgram(const ProgramStart& start) noexcept {
     // The terminal's interrupt and a batch system's kill go to all of our process group. The keeper
     // must outlive us to end the program's tree, so it leaves the group.
     setsid();
-    prctl(PR_SET_NAME, "process-keeper");
+    showTitle(start.title);
     resetSignals();
     if (!dieWith(start.parent, SIGTERM)) {
         _exit(kKeeperFailed);
     }
-    if (prctl(PR_SET_CHILD_SUBREAPER, 1) != 0 || !arrangeDescriptors(start)) {
-        reportFailure(start.statusDescriptor, errno);
-        _exit(kKeeperFailed);
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (null < 0) {
+        giveUp(start.statusDescriptor, StartFailure::Step::kNullDevice);
+    }
+    if (prctl(PR_SET_CHILD_SUBREAPER, 1) != 0 || !arrangeDescriptors(start, null)) {
+        giveUp(start.statusDescriptor, StartFailure::Step::kSetUp);
     }
     const pid_t keeper = getpid();
     // A second copy of our memory, however short-lived, would take as long again as the first.
@@ -195,13 +241,12 @@ void keepProgram(const ProgramStart& start) noexcept {
         becomeProgram(start, keeper);
     }
     if (program < 0) {
-        reportFailure(kStatusDescriptor, errno);
-        _exit(kKeeperFailed);
+        giveUp(kStatusDescriptor, StartFailure::Step::kSetUp);
     }
-    closefrom(STDIN_FILENO);
+    closeFrom(STDIN_FILENO);
     const std::optional<int> exitCode = waitForProgram(program);
     if (!exitCode) {
-        endDescendants();
+        endDescendants(program, start.hasProcessTable);
     }
     _exit(exitCode.value_or(kSignalBase + SIGTERM));
 }

@@ -49,17 +49,47 @@ void forEachProcess(const Action& action) {
 
 }  // namespace
 
-pid_t parentOf(pid_t process) noexcept {
+bool isProcessTableOurs() noexcept {
+    std::array<char, 24> target{};
+    const ssize_t size = readlink("/proc/self", target.data(), target.size());
+    pid_t self = 0;
+    std::from_chars(target.data(), target.data() + std::max<ssize_t>(size, 0), self);
+    if (self != getpid()) {
+        return false;
+    }
+    // The number may be the same by chance: of each space of numbers it is in there is one.
+    SmallText room;
+    std::string_view status = readProcessFile("/proc/%d/status", self, room);
+    constexpr std::string_view kNumbers = "\nNSpid:\t";
+    const std::size_t numbers = status.find(kNumbers);
+    status.remove_prefix(std::min(status.size(), numbers));
+    status = status.substr(0, status.find('\n', 1));
+    return std::ranges::count(status, '\t') <= 1;
+}
+
+ProcessEntry lookUp(pid_t process) noexcept {
     SmallText room;
     const std::string_view line = readProcessFile("/proc/%d/stat", process, room);
     // The name in parentheses may hold anything, blanks and parentheses too.
     const std::size_t nameEnd = line.rfind(')');
-    constexpr std::size_t kStateLength = 4;  // ") S "
-    pid_t parent = 0;
-    if (nameEnd != std::string_view::npos && nameEnd + kStateLength < line.size()) {
-        std::from_chars(line.data() + nameEnd + kStateLength, line.data() + line.size(), parent);
+    if (nameEnd == std::string_view::npos) {
+        return {};
     }
-    return parent;
+    constexpr int kParent = 2;  // fields from there on
+    constexpr int kStart = 20;
+    ProcessEntry entry{process};
+    std::string_view rest = line.substr(nameEnd + 1);
+    for (int field = 1; field <= kStart && !rest.empty(); ++field) {
+        rest.remove_prefix(1);
+        const std::string_view text = rest.substr(0, rest.find(' '));
+        if (field == kParent) {
+            std::from_chars(text.data(), text.data() + text.size(), entry.parent);
+        } else if (field == kStart) {
+            std::from_chars(text.data(), text.data() + text.size(), entry.start);
+        }
+        rest.remove_prefix(text.size());
+    }
+    return entry;
 }
 
 bool haveChildren() noexcept {
@@ -80,7 +110,7 @@ std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept {
     }
     if (count == 0) {  // not every system has the list
         forEachProcess([&, self = getpid()](pid_t process) {
-            if (count < room.size() && parentOf(process) == self) {
+            if (count < room.size() && lookUp(process).parent == self) {
                 room[count++] = process;
             }
         });
@@ -88,9 +118,21 @@ std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept {
     return count;
 }
 
+std::size_t childrenByTrial(std::span<pid_t> room) noexcept {
+    constexpr pid_t kLargestNumber = pid_t{1} << 22U;
+    std::size_t count = 0;
+    for (pid_t process = 1; process <= kLargestNumber && count < room.size(); ++process) {
+        siginfo_t info;
+        if (waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) == 0) {
+            room[count++] = process;
+        }
+    }
+    return count;
+}
+
 std::vector<ProcessEntry> descendantsOfThisProcess() {
     std::vector<ProcessEntry> others;
-    forEachProcess([&](pid_t process) { others.push_back({process, parentOf(process)}); });
+    forEachProcess([&](pid_t process) { others.push_back(lookUp(process)); });
     std::vector<ProcessEntry> found;
     std::set<pid_t> family{getpid()};
     const auto isKin = [&](const ProcessEntry& entry) { return family.contains(entry.parent); };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -12,11 +13,16 @@ namespace tkcore {
 
 struct ProcessEntry final {
     pid_t process = 0;
-    pid_t parent = 0;
+    pid_t parent = 0;         // 0: there is no such process
+    std::uint64_t start = 0;  // on the system's clock: tells it from a later one with its number
 };
 
-/// The parent of a process, 0 if there is no such process. Needs no memory.
-pid_t parentOf(pid_t process) noexcept;
+/// Whether the system's table of processes can be read and has this process under its own number:
+/// it may be missing, or be that of other processes, whose numbers mean others than ours.
+bool isProcessTableOurs() noexcept;
+
+/// The process, as far as the table has it. Needs no memory.
+ProcessEntry lookUp(pid_t process) noexcept;
 
 /// Whether this process has any child, one that has ended but was not reaped included.
 bool haveChildren() noexcept;
@@ -25,6 +31,10 @@ bool haveChildren() noexcept;
 /// returns how many. One may be missing while others end: who ends them all looks again. Needs no
 /// memory where the system lists children itself.
 std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept;
+
+/// The same without the table: every number that a process can have is tried, which takes about a
+/// second. Needs no memory.
+std::size_t childrenByTrial(std::span<pid_t> room) noexcept;
 
 /// All that descend from this process.
 std::vector<ProcessEntry> descendantsOfThisProcess();

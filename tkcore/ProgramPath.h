@@ -12,4 +12,7 @@ namespace tkcore {
 /// error code.
 int findProgram(const std::string& name, std::string& path);
 
+/// Whether the path leads to the program that runs here.
+bool isThisProgram(const std::string& path);
+
 }  // namespace tkcore

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <boost/filesystem.hpp>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tkcore {
@@ -15,12 +16,11 @@ namespace fs = boost::filesystem;
 
 /// 0 if the file can be started, else the reason.
 int startError(const fs::path& file) {
-    boost::system::error_code error;
-    const fs::file_status status = fs::status(file, error);
-    if (error) {
-        return error.value();
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) {
+        return errno;
     }
-    if (!fs::is_regular_file(status)) {
+    if (!S_ISREG(status.st_mode)) {
         return EACCES;
     }
     return access(file.c_str(), X_OK) == 0 ? 0 : errno;
@@ -43,17 +43,29 @@ int findProgram(const std::string& name, std::string& path) {
         if (directory.empty()) {
             continue;
         }
-        const fs::path candidate = fs::absolute(std::string(directory), error) / name;
+        const fs::path folder = fs::absolute(std::string(directory), error);
+        const fs::path candidate = folder / name;
+        struct stat status {};
+        if (error) {
+            continue;  // relative to a current directory that is gone
+        }
         if (startError(candidate) == 0) {
             path = candidate.string();
             return 0;
         }
         // A folder that may not be looked into holds no program for us.
-        if (fs::exists(candidate, error)) {
+        if (stat(candidate.c_str(), &status) == 0) {
             result = EACCES;
         }
     }
     return result;
+}
+
+bool isThisProgram(const std::string& path) {
+    struct stat ours {};
+    struct stat other {};
+    return stat("/proc/self/exe", &ours) == 0 && stat(path.c_str(), &other) == 0 &&
+           ours.st_dev == other.st_dev && ours.st_ino == other.st_ino;
 }
 
 }  // namespace tkcore

@@ -4,10 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include <boost/filesystem.hpp>
+#include <boost/filesystem/path.hpp>
 #include <windows.h>
 
-#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 
 namespace tkcore {
@@ -17,7 +16,7 @@ namespace {
 namespace fs = boost::filesystem;
 
 /// 0 if the file can be started, as far as can be told, else the reason.
-int startError(const fs::path& file) {
+int startError(const LongFileName& file) {
     if (!isThere(file)) {
         return ERROR_FILE_NOT_FOUND;
     }
@@ -25,12 +24,12 @@ int startError(const fs::path& file) {
 }
 
 /// Sets path to the first of the candidates that can be started.
-int chooseProgram(const std::vector<fs::path>& candidates, std::string& path) {
+int chooseProgram(const std::vector<LongFileName>& candidates, std::string& path) {
     int result = ERROR_FILE_NOT_FOUND;
-    for (const fs::path& candidate : candidates) {
+    for (const LongFileName& candidate : candidates) {
         const int error = startError(candidate);
         if (error == 0) {
-            path = VEL_ANSI(pathText(candidate));
+            path = VEL_ANSI(candidate);
             return 0;
         }
         result = error == ERROR_FILE_NOT_FOUND ? result : error;
@@ -38,15 +37,15 @@ int chooseProgram(const std::vector<fs::path>& candidates, std::string& path) {
     return result;
 }
 
-fs::path ourFolder() {
+LongFileName ourProgram() {
     std::wstring program(32768, L'\0');  // the longest path there is
     program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
-    return toPath(fs::path(program).parent_path().native());
+    return LongFileName(program);
 }
 
 /// Our own folder, then those of PATH that are absolute; one with a semicolon stands in quotes.
-std::vector<fs::path> searchedFolders() {
-    std::vector<fs::path> folders{ourFolder()};
+std::vector<LongFileName> searchedFolders() {
+    std::vector<LongFileName> folders{ourProgram().folder()};
     const char* variable = std::getenv("PATH");
     std::wstring folder;
     bool isQuoted = false;
@@ -57,7 +56,7 @@ std::vector<fs::path> searchedFolders() {
             folder += character;
         } else {
             if (fs::path(folder).is_absolute()) {
-                folders.push_back(toPath(folder));
+                folders.emplace_back(folder);
             }
             folder.clear();
         }
@@ -75,14 +74,18 @@ int findProgram(const std::string& name, std::string& path) {
     const bool hasExtension = fs::path(text.wide()).has_extension();
     const AString fullName = hasExtension ? text : text + ".exe";
     if (text.wide().find_first_of(L"\\/:") != std::wstring::npos) {
-        return chooseProgram({toPath(absoluteText(fullName)), toPath(absoluteText(text))}, path);
+        return chooseProgram({LongFileName(fullName), LongFileName(text)}, path);
     }
     // A file without extension may be a script that other systems know what to do with.
-    std::vector<fs::path> candidates;
-    for (const fs::path& folder : searchedFolders()) {
-        candidates.push_back(pathIn(folder, fullName.wide()));
+    std::vector<LongFileName> candidates;
+    for (const LongFileName& folder : searchedFolders()) {
+        candidates.push_back(folder.in(fullName));
     }
     return chooseProgram(candidates, path);
+}
+
+bool isThisProgram(const std::string& path) {
+    return isSameFile(LongFileName(AString(path)), ourProgram());
 }
 
 }  // namespace tkcore

@@ -1,9 +1,7 @@
 #include "tkcore/ReplacementFile.h"
 
 #include <random>
-#include <utility>
 
-#include <boost/filesystem.hpp>
 #include <boost/format.hpp>
 
 #include "tkcore/ReplacementTarget.h"
@@ -12,12 +10,9 @@ namespace tkcore {
 
 namespace {
 
-namespace fs = boost::filesystem;
-
 // In larger steps the system looks for larger stretches of memory, which may take several times as
 // long once it has filled its cache.
 constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
-constexpr int kMostLinks = 40;
 
 }  // namespace
 
@@ -26,20 +21,8 @@ std::string randomHiddenName() {
     return (boost::format(".unfinished-%08x%08x") % random() % random()).str();
 }
 
-fs::path followLinks(fs::path path) {
-    for (int links = 0; links < kMostLinks; ++links) {
-        boost::system::error_code error;
-        const fs::path target = fs::read_symlink(path, error);
-        if (error) {
-            break;
-        }
-        path = target.is_absolute() ? target : path.parent_path() / target;
-    }
-    return path;
-}
-
-ReplacementFile::ReplacementFile(std::string filePath)
-    : path(std::move(filePath)), target(openReplacementTarget(path)) {
+ReplacementFile::ReplacementFile(const LongFileName& filePath)
+    : path(filePath), target(openReplacementTarget(path)) {
     buffer.reserve(kBufferSize);
 }
 
@@ -77,12 +60,12 @@ void ReplacementFile::seek(std::uint64_t offset) {
     }
 }
 
-void ReplacementFile::commit() {
+void ReplacementFile::commit(const std::function<void()>& beforeIt) {
     throwEarlierFailure();
     flush();
-    perform([](ReplacementTarget& file) {
+    perform([&](ReplacementTarget& file) {
         file.bringToDisk();
-        file.putInPlace();
+        file.putInPlace(beforeIt);
     });
 }
 
@@ -96,7 +79,7 @@ void ReplacementFile::flush() {
 
 void ReplacementFile::throwEarlierFailure() const {
     if (failure) {
-        throw std::system_error(failure, "cannot write " + path);
+        throw std::system_error(failure, "cannot write " + VEL_ANSI(path));
     }
 }
 

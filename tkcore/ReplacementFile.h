@@ -2,25 +2,27 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <string>
 #include <system_error>
 #include <vector>
+
+#include "tkcore/LongFileName.h"
 
 namespace tkcore {
 
 class ReplacementTarget;
 
 /// A new file that takes the place at its path only by commit(); an archive owns one while it is
-/// made. Dropped before that it leaves no
-/// trace, and an older file stays as it was. Symbolic links at the path are followed; anything
-/// there that is no writable regular file is refused.
+/// made. Dropped before that it leaves no trace, and an older file stays as it was. Symbolic links
+/// at the path are followed; anything there that is no writable regular file is refused, and so is
+/// a file that comes to be where there was none at first.
 ///
 /// Offsets and sizes are in bytes. Every failure is a std::system_error that names the path; once
 /// one has happened, commit() fails too, so that it may be ignored in between.
 class ReplacementFile final {
 public:
-    explicit ReplacementFile(std::string filePath);
+    explicit ReplacementFile(const LongFileName& filePath);
     ~ReplacementFile();
 
     ReplacementFile(const ReplacementFile&) = delete;
@@ -31,8 +33,9 @@ public:
     void seek(std::uint64_t offset);
     [[nodiscard]] std::uint64_t tell() const noexcept { return bufferOffset + buffer.size(); }
 
-    /// Brings the bytes to the disk and puts the file at the path in one step.
-    void commit();
+    /// Brings the bytes to the disk and puts the file at the path in one step. The action is called
+    /// right before that step; what it throws leaves all as it was.
+    void commit(const std::function<void()>& beforeIt = [] {});
 
 private:
     void flush();
@@ -41,7 +44,7 @@ private:
     template <typename Action>
     void perform(const Action& action);
 
-    std::string path;
+    LongFileName path;
     std::unique_ptr<ReplacementTarget> target;
     std::vector<char> buffer;
     std::uint64_t bufferOffset = 0;

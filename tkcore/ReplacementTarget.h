@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
-#include <boost/filesystem/path.hpp>
+#include "tkcore/LongFileName.h"
 
 // What ReplacementFile builds on.
 
@@ -22,19 +23,17 @@ public:
 
     virtual void writeAt(std::uint64_t offset, const char* data, std::size_t size) = 0;
     virtual void bringToDisk() = 0;
-    virtual void putInPlace() = 0;
+    /// Where nothing was at first, nothing is replaced. Between the last look at the place and its
+    /// taking the action is called, whose exceptions pass through.
+    virtual void putInPlace(const std::function<void()>& beforeIt) = 0;
 };
 
-std::unique_ptr<ReplacementTarget> openReplacementTarget(const std::string& path);
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const LongFileName& path);
 
 /// How many of them are tried where a file of the name is there.
 inline constexpr int kMostNames = 100;
 
 /// A hidden name of fixed length: one made from the file's own name could grow too long.
 std::string randomHiddenName();
-
-/// Where the links at the path end, whether or not there is a file. Links that run in a circle
-/// are left for the system to complain about.
-boost::filesystem::path followLinks(boost::filesystem::path path);
 
 }  // namespace tkcore

@@ -10,6 +10,7 @@
 #include "tkcore/Handle.windows.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/NativePath.windows.h"
+#include "tkcore/Path.h"
 #include "tkcore/PathStatus.h"
 #include "tkcore/System.h"
 
@@ -26,12 +27,12 @@ bool isOpenElsewhere(DWORD error) {
 
 class WindowsTarget final : public ReplacementTarget {
 public:
-    explicit WindowsTarget(const std::string& filePath);
+    explicit WindowsTarget(const LongFileName& filePath);
     ~WindowsTarget() override;
 
     void writeAt(std::uint64_t offset, const char* data, std::size_t size) override;
     void bringToDisk() override;
-    void putInPlace() override;
+    void putInPlace(const std::function<void()>& beforeIt) override;
 
 private:
     void findPlace();
@@ -41,15 +42,16 @@ private:
     /// To its place; returns 0, or the system's error code, and the file vanishes as before.
     DWORD rename() const;
     [[noreturn]] void fail(DWORD error, const char* action) const {
-        throwSystemError(error, std::string("cannot ") + action + " " + path);
+        throwSystemError(error, std::string("cannot ") + action + " " + VEL_ANSI(path));
     }
 
-    std::string path;
+    LongFileName path;
     fs::path place;  // after the links have been followed
     Handle file;     // in the same folder
+    bool isReplacing = false;
 };
 
-WindowsTarget::WindowsTarget(const std::string& filePath) : path(filePath) {
+WindowsTarget::WindowsTarget(const LongFileName& filePath) : path(filePath) {
     findPlace();
     openFile();
 }
@@ -61,7 +63,8 @@ WindowsTarget::~WindowsTarget() {
 }
 
 void WindowsTarget::findPlace() {
-    place = followLinks(nativePath(path, "create"));
+    nativePath(path, "create");  // refuses what is no path of a file
+    place = toPath(followLinks(path));
     if (place.empty() || place.filename_is_dot() || place.filename_is_dot_dot() ||
         !place.has_filename()) {
         fail(ERROR_INVALID_NAME, "create");
@@ -69,22 +72,23 @@ void WindowsTarget::findPlace() {
     // The current directory may change.
     place = withoutLimit(fullPath(place.native()));
     // Some file systems only tell at the renaming, when all has been packed.
-    if (isTooLong(place)) {
+    if (isTooLong(LongFileName(pathText(place)))) {
         fail(ERROR_FILENAME_EXCED_RANGE, "create");
     }
-    if (isDirectory(place)) {
+    if (isDirectory(LongFileName(pathText(place)))) {
         fail(ERROR_ACCESS_DENIED, "replace the directory");
     }
     const Handle older(CreateFileW(place.c_str(), GENERIC_WRITE,
                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                    OPEN_EXISTING, 0, nullptr));
+    const DWORD error = GetLastError();
     if (older && GetFileType(older.get()) != FILE_TYPE_DISK) {
         fail(ERROR_NOT_SUPPORTED, "replace what is no regular file,");
     }
+    isReplacing = older || isThere(LongFileName(pathText(place)));
     // Somebody who reads it now may have done with it in the end.
-    if (const DWORD error = GetLastError();
-        !older && error != ERROR_FILE_NOT_FOUND && error != ERROR_SHARING_VIOLATION) {
-        fail(error, isThere(place) ? "replace" : "create");
+    if (!older && error != ERROR_FILE_NOT_FOUND && error != ERROR_SHARING_VIOLATION) {
+        fail(error, isReplacing ? "replace" : "create");
     }
 }
 
@@ -139,7 +143,7 @@ DWORD WindowsTarget::rename() const {
     const std::wstring& name = place.native();
     std::vector<std::byte> room(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
     FILE_RENAME_INFO renaming{};
-    renaming.ReplaceIfExists = TRUE;
+    renaming.ReplaceIfExists = isReplacing ? TRUE : FALSE;
     renaming.FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
     std::memcpy(room.data(), &renaming, sizeof renaming);
     std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
@@ -154,11 +158,12 @@ DWORD WindowsTarget::rename() const {
     return error;
 }
 
-void WindowsTarget::putInPlace() {
+void WindowsTarget::putInPlace(const std::function<void()>& beforeIt) {
+    beforeIt();
     DWORD error = 0;
     tryForAMoment([&] {
         error = rename();
-        return !isOpenElsewhere(error) || interruption() != 0;
+        return !isOpenElsewhere(error) || isEndRequested();
     });
     if (error != 0) {
         fail(error, "replace");
@@ -168,7 +173,7 @@ void WindowsTarget::putInPlace() {
 
 }  // namespace
 
-std::unique_ptr<ReplacementTarget> openReplacementTarget(const std::string& path) {
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const LongFileName& path) {
     return std::make_unique<WindowsTarget>(path);
 }
 

@@ -1,12 +1,12 @@
 #include "views/ExtractaViewControl.h"
 
 #include <cstdint>
-#include <filesystem>
+#include <fstream>
 
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/replace.hpp>
 
-#include "tkcore/Path.h"
+#include "tkcore/OutputFile.h"
 
 namespace velextracta {
 
@@ -32,10 +32,8 @@ std::string filterText(const ExtractaViewDef& definition) {
 
 }  // namespace
 
-std::ofstream OpenControlFile(const tkcore::LongFileName& path) {
-    const std::filesystem::path file(tkcore::toPath(path.FilePath()).native());
-    std::ofstream stream(file, std::ios::out | std::ios::trunc | std::ios::binary);
-    return stream;
+void SaveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path) {
+    tkcore::OutputFile(path, tkcore::OutputFile::IfThere::kReplace).write(text.str());
 }
 
 std::string JoinLines(const std::vector<std::string>& lines) {
@@ -51,8 +49,9 @@ void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out) {
     out << boost::algorithm::replace_all_copy(block, "\n", "\r\n");
 }
 
-bool WriteControlFile(std::ofstream& out, const ViewSet& views, const std::vector<AString>& nets) {
-    if (!out.is_open() || out.bad()) {
+bool WriteControlFile(std::ostream& out, const ViewSet& views, const std::vector<AString>& nets) {
+    const auto* file = dynamic_cast<const std::filebuf*>(out.rdbuf());
+    if (out.bad() || (file != nullptr && !file->is_open())) {
         return false;
     }
     for (std::int32_t n = 0; n < views.GetCount(); ++n) {

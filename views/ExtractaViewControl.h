@@ -1,7 +1,7 @@
 #pragma once
 
-#include <fstream>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,19 +13,20 @@
 
 namespace velextracta {
 
-/// Opens a control file for writing, an older one is lost. Binary: the line ends, CR LF, are
-/// written here, the same on every system. A failure shows in the stream's state.
-std::ofstream OpenControlFile(const tkcore::LongFileName& path);
+/// Writes a control file's text to a new file; what has the name is removed. Throws
+/// std::system_error.
+void SaveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path);
 
 /// The texts in order, each on a line of its own that begins with a tab.
 std::string JoinLines(const std::vector<std::string>& lines);
 
-/// Writes the block of one view request; errors stay in the stream's state.
+/// Writes the block of one view request, with CR LF at the ends of lines on every system; errors
+/// stay in the stream's state.
 void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out);
 
 /// Writes the blocks of all views of the set, restricted to the nets, in ascending order of type.
 /// False, with nothing written, if the stream has no open file or is bad.
-bool WriteControlFile(std::ofstream& out, const ViewSet& views,
+bool WriteControlFile(std::ostream& out, const ViewSet& views,
                       const std::vector<tkcore::AString>& nets);
 
 /// The bare name of a view's file, and that of the control file with its block alone.

@@ -15,8 +15,11 @@ using testing::ElementsAre;
 
 class ReplacementFileTest : public testing::Test {
 protected:
+    static LongFileName named(const fs::path& path) {
+        return path.empty() ? LongFileName() : LongFileName(AString(path.string()));
+    }
     static void replace(const fs::path& path, const std::string& text) {
-        ReplacementFile file(path.string());
+        ReplacementFile file(named(path));
         file.write(text.data(), text.size());
         file.commit();
     }
@@ -44,7 +47,7 @@ protected:
 TEST_F(ReplacementFileTest, leavesTheOlderFileAndNoTraceWithoutCommit) {
     writeFile(folder / "out", "old");
     const std::string text(3 << 20, 'x');
-    ReplacementFile((folder / "out").string()).write(text.data(), text.size());
+    ReplacementFile(named(folder / "out")).write(text.data(), text.size());
     EXPECT_EQ(readFile(folder / "out"), "old");
     EXPECT_THAT(names(), ElementsAre("out"));
 }

@@ -9,7 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 
 void replace(const fs::path& path) {
-    tkcore::ReplacementFile file(path);
+    tkcore::ReplacementFile file{tkcore::LongFileName(tkcore::AString(path.string()))};
     file.write("new", 3);
     file.commit();
 }

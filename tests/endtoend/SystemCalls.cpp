@@ -110,10 +110,13 @@ extern "C" int openat(int folder, const char* path, int flags, ...) {
     return systemOpen(folder, path, flags, mode);
 }
 
-/// With KEEPER_FAILS a process that keeps a program fails once it has been started.
+/// With KEEPER_FAILS a process that keeps a program fails once it has been started. Its title has
+/// taken the place of the environment by then.
+const bool keeperFails = std::getenv("KEEPER_FAILS") != nullptr;
+
 extern "C" int dup3(int descriptor, int number, int flags) {
     static const auto systemDup = systemCall(&dup3, "dup3");
-    if (isKeeper() && std::getenv("KEEPER_FAILS") != nullptr) {
+    if (isKeeper() && keeperFails) {
         return fail(EMFILE);
     }
     return systemDup(descriptor, number, flags);

@@ -19,7 +19,7 @@ TEST_F(Process, hasItsArgumentsUnsplitAndWithoutTheQuotesAroundThem) {
                      "say \"it\"", "\"a\"b\"", "", "$HOME *", "\\\"\\\\", "c:\\a b\\", "\xC3\xA9"}),
               0);
     EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(child->output(), "out err");
+    EXPECT_EQ(child->output().text(), "out err");
     EXPECT_EQ(readFile(directory / "given"),
               "-k\n/a b/c.mcm\n\"\nsay \"it\"\na\"b\n\n$HOME *\n\\\"\\\\\nc:\\a b\\\n\xC3\xA9\n" +
                   directory.path().string() + "\n");
@@ -59,7 +59,7 @@ TEST_F(Process, isLookedUpAlongPathOnly) {
                             (directory / "bin").string());
     EXPECT_EQ(start({"tool"}), 0);
     EXPECT_EQ(waitForEnd(), 0);
-    EXPECT_EQ(child->output(), "found");
+    EXPECT_EQ(child->output().text(), "found");
     const fs::path before = fs::current_path();
     fs::current_path(directory.path());
     EXPECT_EQ(meaningOf(start({"here"})), std::errc::no_such_file_or_directory);

@@ -22,7 +22,7 @@ TEST_F(Process, hasEmptyInputAndNoOtherDescriptor) {
     ASSERT_EQ(start({"ls", "/proc/self/fd"}), 0);
     EXPECT_EQ(waitForEnd(), 0);
     close(leak);
-    EXPECT_EQ(child->output(), "0\n1\n2\n3\n");  // 3: the directory that is listed
+    EXPECT_EQ(child->output().text(), "0\n1\n2\n3\n");  // 3: the directory that is listed
 }
 
 class ScriptTree : public ProcessTree {

@@ -1,3 +1,4 @@
+#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -11,11 +12,9 @@ using tkcore::AString;
 namespace {
 
 std::string controlFile(const ViewSet& views, const std::vector<AString>& nets) {
-    const TemporaryDirectory directory;
-    std::ofstream stream = OpenControlFile(tkcore::LongFileName((directory / "control").string()));
-    EXPECT_TRUE(WriteControlFile(stream, views, nets));
-    stream.close();
-    return readFile(directory / "control");
+    std::ostringstream text;
+    EXPECT_TRUE(WriteControlFile(text, views, nets));
+    return text.str();
 }
 
 ViewSet only(ViewType viewType) {

@@ -76,6 +76,10 @@ struct Request final {
     /// Where the working directory goes: into the output directory if there is one, else beside
     /// the design file.
     [[nodiscard]] AString base() const {
+        const bool isLost = !output.IsInitialized() && !outputText.empty();
+        if (isLost && !options.zip) {
+            return outputText;  // which fails for the right reason
+        }
         return tkcore::isDirectory(output) ? output.FilePath() : design.folder().FilePath();
     }
 };

@@ -33,8 +33,9 @@ bool GeneratorPool::isQueued(const ExtractaViewGenerator& generator) const {
 
 void GeneratorPool::leave(ExtractaViewGenerator& generator) noexcept {
     watch.remove(generator.child);
-    std::erase(waitingGenerators, &generator);
-    std::erase(runningGenerators, &generator);
+    for (Queue* queue : {&waitingGenerators, &runningGenerators}) {
+        queue->erase(std::remove(queue->begin(), queue->end(), &generator), queue->end());
+    }
 }
 
 void GeneratorPool::pollProcesses() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <deque>
+#include <boost/container/deque.hpp>
 
 #include "tkcore/ChildWatch.h"
 #include "views/RunObserver.h"
@@ -50,8 +50,11 @@ private:
     bool hasRoom() const;
     void start(ExtractaViewGenerator& generator);
 
-    std::deque<ExtractaViewGenerator*> waitingGenerators;
-    std::deque<ExtractaViewGenerator*> runningGenerators;
+    /// Takes no memory while it is empty: there is one before main().
+    using Queue = boost::container::deque<ExtractaViewGenerator*>;
+
+    Queue waitingGenerators;
+    Queue runningGenerators;
     tkcore::ChildWatch watch;
     RunObserver* currentObserver = &nobody();
 };

@@ -32,7 +32,7 @@ public:
 
 private:
     struct System;
-    std::unique_ptr<System> system;
+    std::unique_ptr<System> system;  // once there is something to watch
 };
 
 }  // namespace tkcore

@@ -44,7 +44,7 @@ struct ChildWatch::System final {
         std::ranges::for_each(children, [](auto* child) { child->hasNews = true; });
     }
 
-    FileDescriptor queue;  // of the kernel; made when it is first needed
+    FileDescriptor queue;  // of the kernel
     std::vector<ChildProgram*> children;
 };
 
@@ -62,12 +62,13 @@ bool ChildWatch::System::noteNews(int milliseconds) const noexcept {
     return count >= 0 || errno == EINTR;
 }
 
-ChildWatch::ChildWatch() : system(std::make_unique<System>()) {}
+ChildWatch::ChildWatch() = default;
 
 ChildWatch::~ChildWatch() = default;
 
 void ChildWatch::add(ChildProgram& child) {
-    if (!system->queue) {
+    if (!system) {
+        system = std::make_unique<System>();
         system->queue = FileDescriptor(epoll_create1(EPOLL_CLOEXEC));
     }
     system->children.push_back(&child);
@@ -76,7 +77,7 @@ void ChildWatch::add(ChildProgram& child) {
 }
 
 void ChildWatch::remove(ChildProgram& child) noexcept {
-    if (std::erase(system->children, &child) == 0) {
+    if (!system || std::erase(system->children, &child) == 0) {
         return;
     }
     system->unwatch(child.handle->keeperDescriptor);
@@ -86,14 +87,16 @@ void ChildWatch::remove(ChildProgram& child) noexcept {
 }
 
 void ChildWatch::wait() noexcept {
-    if (!system->noteNews(kPassMilliseconds)) {
+    if (!system) {
+        sleepMilliseconds(kPassMilliseconds);
+    } else if (!system->noteNews(kPassMilliseconds)) {
         sleepMilliseconds(kPassMilliseconds);
         system->doubtAll();
     }
 }
 
 void ChildWatch::refresh() noexcept {
-    if (!system->noteNews(0)) {
+    if (system && !system->noteNews(0)) {
         system->doubtAll();
     }
 }

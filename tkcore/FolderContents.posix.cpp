@@ -42,7 +42,7 @@ FileDescriptor openToEmpty(int folder, const char* name) {
 /// that no depth takes more descriptors or stack than another.
 class Sweep final {
 public:
-    explicit Sweep(int folder) : top(folder) {}
+    Sweep(int folder, unsigned& nameCount) : top(folder), count(nameCount) {}
 
     int run() {
         const int listing = forEachName(top, [this](const char* name) { take(name); });
@@ -81,10 +81,10 @@ private:
     }
 
     int top;
+    unsigned& count;  // of the names given in all sweeps
     int failure = 0;
     bool found = false;
     bool moved = false;
-    unsigned count = 0;
 };
 
 }  // namespace
@@ -114,8 +114,9 @@ int forEachName(int folder, const std::function<void(const char*)>& action) {
 int emptyFolder(int folder) {
     // Somebody may go on putting files there.
     constexpr int kMostSweeps = 10'000;
+    unsigned nameCount = 0;
     for (int sweeps = 0; sweeps < kMostSweeps; ++sweeps) {
-        Sweep sweep(folder);
+        Sweep sweep(folder, nameCount);
         const int failure = sweep.run();
         if (!sweep.hasFound() || !sweep.hasMoved()) {
             return failure;

@@ -59,7 +59,9 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
     if (slash == std::string::npos) {
         fail(EINVAL, "create", path);
     }
+    // Whatever takes memory comes first: nobody would remove the directory.
     system->givenName = text.substr(slash + 1);
+    heldPath = path.heldOpen(system->folder);
     {
         const OwnersRights rights;
         if (mkdir(text.c_str(), 0777) != 0) {
@@ -74,7 +76,6 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
         rmdir(text.c_str());
         fail(error, "open the new", path);
     }
-    heldPath = path.heldOpen(system->folder);
 }
 
 PrivateDirectory::~PrivateDirectory() = default;

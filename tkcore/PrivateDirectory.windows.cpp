@@ -30,7 +30,9 @@ struct PrivateDirectory::System final {
 };
 
 PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_unique<System>()) {
+    // Whatever takes memory comes first: nobody would remove the directory.
     const std::wstring native = nativePath(path, "create directory");
+    heldPath = path.heldOpen(system->folder);
     if (CreateDirectoryW(native.c_str(), nullptr) == 0) {
         const DWORD error = GetLastError();
         throwSystemError(error, "cannot create directory " + VEL_ANSI(path));
@@ -41,7 +43,6 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
         RemoveDirectoryW(native.c_str());
         throwSystemError(error, "cannot open the new directory " + VEL_ANSI(path));
     }
-    heldPath = path.heldOpen(system->folder);
 }
 
 PrivateDirectory::~PrivateDirectory() = default;

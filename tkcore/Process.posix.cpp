@@ -6,7 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <deque>
+#include <list>
 #include <new>
 #include <span>
 #include <string>
@@ -31,8 +31,9 @@ namespace tkcore {
 
 namespace {
 
-/// The records behind all handles. A deque: handles stay good while it grows.
-std::deque<StartedProcess> startedProcesses;
+/// The records behind all handles. A list: handles stay good while it grows, and it takes no memory
+/// before main() can say that there is none.
+std::list<StartedProcess> startedProcesses;
 
 /// A child that is not ours to end, with the session that what it starts is likely to be in.
 struct ForeignChild final {

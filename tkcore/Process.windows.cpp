@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -37,8 +37,9 @@ constexpr UINT kEndedByUs = 143;
 /// What a program ends with by Ctrl-C, Ctrl-Break and the closing of its console.
 constexpr DWORD kEndedByConsole = 0xC000013A;
 
-/// The records behind all handles. A deque: handles stay good while it grows.
-std::deque<StartedProcess> startedProcesses;
+/// The records behind all handles. A list: handles stay good while it grows, and it takes no memory
+/// before main() can say that there is none.
+std::list<StartedProcess> startedProcesses;
 
 /// A copy that the child will have.
 Handle forChild(HANDLE handle) {

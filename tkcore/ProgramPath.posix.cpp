@@ -4,18 +4,17 @@
 #include <cstdlib>
 #include <string_view>
 
-#include <boost/filesystem.hpp>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "tkcore/LongFileName.h"
 
 namespace tkcore {
 
 namespace {
 
-namespace fs = boost::filesystem;
-
 /// 0 if the file can be started, else the reason.
-int startError(const fs::path& file) {
+int startError(const std::string& file) {
     struct stat status {};
     if (stat(file.c_str(), &status) != 0) {
         return errno;
@@ -29,10 +28,9 @@ int startError(const fs::path& file) {
 }  // namespace
 
 int findProgram(const std::string& name, std::string& path) {
-    boost::system::error_code error;
     if (name.find('/') != std::string::npos) {
-        path = fs::absolute(name, error).string();
-        return error ? error.value() : startError(path);
+        path = VEL_ANSI(LongFileName(AString(name)));
+        return startError(path);
     }
     const char* variable = std::getenv("PATH");
     std::string_view remaining = variable == nullptr ? "" : variable;
@@ -43,14 +41,10 @@ int findProgram(const std::string& name, std::string& path) {
         if (directory.empty()) {
             continue;
         }
-        const fs::path folder = fs::absolute(std::string(directory), error);
-        const fs::path candidate = folder / name;
+        const std::string candidate = VEL_ANSI(LongFileName(AString(directory)).in(AString(name)));
         struct stat status {};
-        if (error) {
-            continue;  // relative to a current directory that is gone
-        }
         if (startError(candidate) == 0) {
-            path = candidate.string();
+            path = candidate;
             return 0;
         }
         // A folder that may not be looked into holds no program for us.

@@ -60,6 +60,25 @@ TEST_F(ReplacementFileTest, replacesAnOlderFile) {
     EXPECT_THAT(names(), ElementsAre(longestName));
 }
 
+TEST_F(ReplacementFileTest, replacesNothingThatCameToBeWhereNothingWas) {
+    ReplacementFile file(named(folder / "out"));
+    file.write("new", 3);
+    writeFile(folder / "out", "a design");
+    EXPECT_THROW(file.commit(), std::system_error);
+    EXPECT_EQ(readFile(folder / "out"), "a design");
+}
+
+TEST_F(ReplacementFileTest, leavesAllAsItWasIfTheLastLookFindsAReason) {
+    writeFile(folder / "out", "old");
+    for (const char* name : {"out", "other"}) {
+        ReplacementFile file(named(folder / name));
+        file.write("new", 3);
+        EXPECT_THROW(file.commit([] { throw std::runtime_error("a reason"); }), std::runtime_error);
+    }
+    EXPECT_EQ(readFile(folder / "out"), "old");
+    EXPECT_THAT(names(), ElementsAre("out"));
+}
+
 TEST_F(ReplacementFileTest, refusesWhatItCannotReplace) {
     constexpr int kNotHere = -1;
     constexpr int kPathNotFound = 3;

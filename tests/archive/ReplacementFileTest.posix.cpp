@@ -26,6 +26,17 @@ TEST(ReplacementFile, keepsTheModeOfAnOlderFile) {
     EXPECT_EQ(fs::status(file).permissions(), fs::perms{0622});
 }
 
+TEST(ReplacementFile, replacesOnlyWhatItHasLookedAt) {
+    const TemporaryDirectory folder;
+    writeFile(folder / "out", "old");
+    tkcore::ReplacementFile file{tkcore::LongFileName(tkcore::AString((folder / "out").string()))};
+    file.write("new", 3);
+    writeFile(folder / "design", "a design");
+    const auto takePlace = [&] { fs::rename(folder / "design", folder / "out"); };
+    EXPECT_THROW(file.commit(takePlace), std::system_error);
+    EXPECT_EQ(readFile(folder / "out"), "a design");
+}
+
 TEST(ReplacementFile, followsLinksToAFileOrToNone) {
     const TemporaryDirectory folder;
     fs::create_directory(folder / "there");

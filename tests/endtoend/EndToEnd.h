@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <set>
@@ -35,7 +36,7 @@ protected:
         if (HasFailure()) {
             std::cout << "the program's log:\n" << readFile(tools / "log") << '\n';
         }
-        for (const pid_t process : processesWith("cmdline", directory.path().filename())) {
+        for (const pid_t process : processesWith(directory.path().filename())) {
             kill(process, SIGKILL);
         }
     }
@@ -94,13 +95,13 @@ protected:
         return found;
     }
 
-    /// The running processes of which a file in /proc holds the text.
-    static std::vector<pid_t> processesWith(const char* file, const std::string& text) {
+    /// The running processes that the predicate picks by their folder in /proc.
+    static std::vector<pid_t> processesIf(
+        const std::function<bool(const std::filesystem::path&)>& picks) {
         std::vector<pid_t> found;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             const std::string id = entry.path().filename();
-            if (id.find_first_not_of("0123456789") == std::string::npos &&
-                readFile(entry.path() / file).find(text) != std::string::npos &&
+            if (id.find_first_not_of("0123456789") == std::string::npos && picks(entry.path()) &&
                 isRunning(std::stoi(id))) {
                 found.push_back(std::stoi(id));
             }
@@ -108,14 +109,26 @@ protected:
         return found;
     }
 
-    /// Whether a process runs that has the test's directory on its command line. One for Windows
-    /// whose starter is killed amid the start may stay in the launcher for ever, and never begin.
+    /// Those that have the text on their command line.
+    static std::vector<pid_t> processesWith(const std::string& text) {
+        return processesIf([&](const std::filesystem::path& process) {
+            return readFile(process / "cmdline").find(text) != std::string::npos;
+        });
+    }
+
+    /// Whether a process runs that has the test's directory on its command line, or stands in it.
+    /// One for Windows whose starter is killed amid the start may stay in the launcher for ever,
+    /// and never begin.
     bool anyProcessLeft() const {
-        const auto hasBegun = [](pid_t process) {
-            const std::string line = readFile("/proc/" + std::to_string(process) + "/cmdline");
-            return !kProgramsForWindows || !line.starts_with(PROGRAM_LAUNCHER);
+        const std::string name = directory.path().filename();
+        const auto isOurs = [&](const std::filesystem::path& process) {
+            std::error_code error;
+            const std::string line = readFile(process / "cmdline");
+            const std::string folder = read_symlink(process / "cwd", error);
+            const bool hasBegun = !kProgramsForWindows || !line.starts_with(PROGRAM_LAUNCHER);
+            return hasBegun && (line + folder).find(name) != std::string::npos;
         };
-        return std::ranges::any_of(processesWith("cmdline", directory.path().filename()), hasBegun);
+        return !processesIf(isOurs).empty();
     }
 
     /// The packed files by their bare names.

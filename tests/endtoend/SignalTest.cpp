@@ -54,7 +54,9 @@ struct Ending final {
 const std::vector<Ending> kEndings = hereOrOnWindows<std::vector<Ending>>(
     {{SIGINT, 128 + SIGINT, 20, SIGTERM},
      {SIGTERM, 128 + SIGTERM, 20, SIGTERM},
-     {SIGHUP, 128 + SIGHUP, 20, SIGTERM},
+     {SIGHUP, 128 + SIGHUP, 10, SIGTERM},
+     {SIGUSR1, 128 + SIGUSR1, 5, SIGTERM},
+     {SIGXCPU, 128 + SIGXCPU, 5, SIGTERM},
      {SIGKILL, 128 + SIGKILL, 20, SIGKILL}},
     {{SIGINT, 0x3A, 50, SIGINT}, {SIGKILL, 128 + SIGKILL, 50, SIGKILL}});
 

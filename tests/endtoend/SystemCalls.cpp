@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -63,6 +64,16 @@ int fail(int error) {
     return -1;
 }
 
+std::string textIn(const char* variable) {
+    const char* text = std::getenv(variable);
+    return text == nullptr ? "" : text;
+}
+
+// Of a keeper the title takes the place of the environment, so they are read before.
+const bool keeperFails = std::getenv("KEEPER_FAILS") != nullptr;
+const bool keeperHasNoNullDevice = std::getenv("NO_NULL_DEVICE") != nullptr;
+const std::string awaitedFile = textIn("EXECVE_HANGS_UNTIL");
+
 }  // namespace
 
 extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size) {
@@ -110,16 +121,40 @@ extern "C" int openat(int folder, const char* path, int flags, ...) {
     return systemOpen(folder, path, flags, mode);
 }
 
-/// With KEEPER_FAILS a process that keeps a program fails once it has been started. Its title has
-/// taken the place of the environment by then.
-const bool keeperFails = std::getenv("KEEPER_FAILS") != nullptr;
-
+/// With KEEPER_FAILS a process that keeps a program fails once it has been started.
 extern "C" int dup3(int descriptor, int number, int flags) {
     static const auto systemDup = systemCall(&dup3, "dup3");
     if (isKeeper() && keeperFails) {
         return fail(EMFILE);
     }
     return systemDup(descriptor, number, flags);
+}
+
+/// With EXECVE_HANGS_UNTIL no program starts until there is a file of that name: the call waits as
+/// one does for a disk that does not answer.
+extern "C" int execve(const char* program, char* const argv[], char* const envp[]) {
+    static const auto systemExecve = systemCall(&execve, "execve");
+    if (isKeeper() && !awaitedFile.empty()) {
+        close(creat((awaitedFile + ".awaited").c_str(), 0600));
+        while (access(awaitedFile.c_str(), F_OK) != 0) {
+            usleep(1000);
+        }
+    }
+    return systemExecve(program, argv, envp);
+}
+
+/// With NO_NULL_DEVICE a keeper finds none.
+extern "C" int open(const char* path, int flags, ...) {
+    using Open = int (*)(const char*, int, mode_t);
+    static const auto systemOpen = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    if (keeperHasNoNullDevice && isKeeper() && std::string_view(path) == "/dev/null") {
+        return fail(ENOENT);
+    }
+    return systemOpen(path, flags, mode);
 }
 
 /// A disk that can be read at the beginning of the file only, or a slow one.
@@ -141,10 +176,22 @@ extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
 
 extern "C" void* __libc_malloc(std::size_t size);
 
-/// With KEEPER_WITHOUT_MEMORY a process that keeps a program has none left.
+/// With KEEPER_WITHOUT_MEMORY a process that keeps a program has none left. With ALLOCATION_FAILS
+/// that allocation of the program fails, and no other; a file beside the log tells that it came.
 extern "C" void* malloc(std::size_t size) {
     static const bool fails = std::getenv("KEEPER_WITHOUT_MEMORY") != nullptr;
+    static const long failing = numberIn("ALLOCATION_FAILS");
+    static long count = 0;
     if (fails && isKeeper()) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    if (failing > 0 && ++count == failing && getppid() == numberIn("PARENT")) {
+        const char* log = std::strchr(std::getenv("TKCORE_LOG"), ':') + 1;
+        char path[4096];
+        std::snprintf(path, sizeof path, "%.*s/allocation-failed",
+                      static_cast<int>(std::strrchr(log, '/') - log), log);
+        close(creat(path, 0600));
         errno = ENOMEM;
         return nullptr;
     }

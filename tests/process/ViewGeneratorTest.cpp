@@ -95,6 +95,30 @@ TEST_F(ViewGenerator, leavesTheQueueWhenDropped) {
     EXPECT_EQ(readFile(directory / "order"), "extracta_control_conn1,extracta_control_conn3,");
 }
 
+/// Throws when an extraction is started, or queued.
+class ThrowingObserver final : public RunObserver {
+    void extractionStarted(const AString&, const AString&) override { throw std::bad_alloc(); }
+    void extractionQueued(const AString&) override { throw std::bad_alloc(); }
+};
+
+TEST_F(ViewGenerator, leavesNoTraceInThePoolWhenItsConstructionFails) {
+    useExtracta("append order $stem,\n");
+    ExtractaViewGenerator::maxConcurrentExtractas = 1;
+    {
+        ThrowingObserver observer;
+        const auto reporting = ExtractaViewGenerator::reportTo(observer);
+        EXPECT_THROW(start("started"), std::bad_alloc);
+    }
+    start("1");
+    {
+        ThrowingObserver observer;
+        const auto reporting = ExtractaViewGenerator::reportTo(observer);
+        EXPECT_THROW(start("queued"), std::bad_alloc);
+    }
+    start("2").waitForViewFile();
+    EXPECT_TRUE(readFile(directory / "order").ends_with("control_conn1,extracta_control_conn2,"));
+}
+
 TEST_F(ViewGenerator, namesTheDirectoryWhenTheControlFileCannotBeWritten) {
     const AString missing = workingDir.FilePath() + "missing/";
     const auto start = [&] {

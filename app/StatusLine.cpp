@@ -93,6 +93,13 @@ void StatusLine::show() {
     nextTime = now + kBetweenTwo;
 }
 
+std::chrono::milliseconds StatusLine::restTime() const {
+    return line.isPossible() ? std::max(std::chrono::ceil<std::chrono::milliseconds>(
+                                            nextTime - Clock::now()),
+                                        std::chrono::milliseconds(1))
+                             : RunObserver::restTime();
+}
+
 RunStatus StatusLine::status(Clock::time_point now) const {
     RunStatus status;
     status.finished = finished;

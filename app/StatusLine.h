@@ -21,6 +21,7 @@ public:
     void extractionStarted(const tkcore::AString& name, const tkcore::AString& path) override;
     void extractionFinished(const tkcore::AString& name) override;
     void waiting() override { show(); }
+    [[nodiscard]] std::chrono::milliseconds restTime() const override;
     void merged(std::uint64_t bytes, std::uint64_t all) override;
     void packed(std::uint64_t bytes, std::uint64_t all) override;
     void warned(const tkcore::AString& text) override;

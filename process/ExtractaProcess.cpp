@@ -126,15 +126,15 @@ bool ProcessRunning(ChildProgram& child, const AString& processName) {
 }
 
 void runAndWait(const AString& executable, const std::vector<AString>& arguments,
-                const LongFileName& workingDir, const std::function<void()>& whileWaiting) {
+                const LongFileName& workingDir, RunObserver& observer) {
     ChildProgram child;
     StartChildProcess(executable, arguments, workingDir, child);
     tkcore::ChildWatch watch;
     watch.add(child);
     while (ProcessRunning(child, executable)) {
         tkcore::throwIfInterrupted();
-        watch.wait();
-        whileWaiting();
+        watch.wait(observer.restTime());
+        observer.waiting();
     }
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include "tkcore/AString.h"
 #include "tkcore/ChildProgram.h"
 #include "tkcore/LongFileName.h"
+#include "views/RunObserver.h"
 
 // How extracta is called and what its end means. Used by the generators, and by whoever runs one
 // extracta alone; every failure is an ExtractaParserException.
@@ -37,9 +37,9 @@ void StartChildProcess(const tkcore::AString& executable,
 /// never started. An exit code other than 0 is thrown, with all that it has printed.
 bool ProcessRunning(tkcore::ChildProgram& child, const tkcore::AString& processName);
 
-/// Runs a program to its end; the action is called about every millisecond. Throws
-/// tkcore::Interrupted, too.
+/// Runs a program to its end; the observer is told that time passes. Throws tkcore::Interrupted,
+/// too.
 void runAndWait(const tkcore::AString& executable, const std::vector<tkcore::AString>& arguments,
-                const tkcore::LongFileName& workingDir, const std::function<void()>& whileWaiting);
+                const tkcore::LongFileName& workingDir, RunObserver& observer);
 
 }  // namespace velextracta

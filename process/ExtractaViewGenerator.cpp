@@ -83,7 +83,7 @@ void ExtractaViewGenerator::runExtracta(const LongFileName& designFile,
     }
     runAndWait(extractaExecutableName(),
                buildExtractaArguments(designFile, controlFile, generatorOption, files), workingDir,
-               [] { pool.observer().waiting(); });
+               pool.observer());
 }
 
 void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,

@@ -53,7 +53,7 @@ void GeneratorPool::pollProcesses() {
 }
 
 void GeneratorPool::wait() {
-    watch.wait();
+    watch.wait(observer().restTime());
     observer().waiting();
 }
 

@@ -24,7 +24,7 @@ public:
     /// generators while there is room.
     void pollProcesses();
 
-    /// Pauses until there is news of a child, for a millisecond at most; or only asks for it.
+    /// Pauses until there is news of a child, or something to show; or only asks for news.
     void wait();
     void refresh() noexcept { watch.refresh(); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 
 namespace tkcore {
@@ -23,9 +24,10 @@ public:
     void add(ChildProgram& child);
     void remove(ChildProgram& child) noexcept;
 
-    /// Returns as soon as a program has printed something or ended, at the latest after a
-    /// millisecond; those may then be worth a look.
-    void wait() noexcept;
+    /// Returns as soon as a program has printed something or ended, which is then worth a look, or
+    /// a request to end has come; at the latest after the time. Where the system has no means to
+    /// watch one of them, after a millisecond.
+    void wait(std::chrono::milliseconds most = std::chrono::milliseconds::max()) noexcept;
 
     /// The same without waiting, for who does something else meanwhile.
     void refresh() noexcept;

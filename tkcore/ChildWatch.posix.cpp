@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
+#include <limits>
 #include <vector>
 
 #include <sys/epoll.h>
 
 #include "tkcore/ChildProgram.h"
 #include "tkcore/FileDescriptor.posix.h"
+#include "tkcore/Interruption.h"
 #include "tkcore/PipeEnd.posix.h"
 #include "tkcore/StartedProcess.posix.h"
 #include "tkcore/System.h"
@@ -17,7 +20,35 @@ namespace tkcore {
 
 namespace {
 
-constexpr int kPassMilliseconds = 1;
+using std::chrono::milliseconds;
+
+/// Between two looks at a program that cannot be watched.
+constexpr milliseconds kPass{1};
+
+/// Lets a signal come at no moment but that of the wait: one that came between the last question
+/// for a request to end and the wait would not end it.
+class SignalsOnlyWhileWaiting final {
+public:
+    SignalsOnlyWhileWaiting() noexcept {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &usual);
+    }
+    ~SignalsOnlyWhileWaiting() { pthread_sigmask(SIG_SETMASK, &usual, nullptr); }
+    SignalsOnlyWhileWaiting(const SignalsOnlyWhileWaiting&) = delete;
+    SignalsOnlyWhileWaiting& operator=(const SignalsOnlyWhileWaiting&) = delete;
+
+    [[nodiscard]] const sigset_t& whileWaiting() const noexcept { return usual; }
+
+private:
+    sigset_t usual{};
+};
+
+/// In the system's form: for ever if the time is longer than that can say.
+int timeout(milliseconds time) noexcept {
+    constexpr milliseconds kLongest{std::numeric_limits<int>::max()};
+    return time > kLongest ? -1 : static_cast<int>(time.count());
+}
 
 }  // namespace
 
@@ -38,7 +69,11 @@ struct ChildWatch::System final {
     }
 
     /// Marks the programs that the system has news of within the time; false if it cannot say.
-    bool noteNews(int milliseconds) const noexcept;
+    bool noteNews(milliseconds time) const noexcept;
+
+    [[nodiscard]] bool watchesAll() const noexcept {
+        return std::ranges::all_of(children, [](const auto* child) { return child->watched; });
+    }
 
     void doubtAll() const noexcept {
         std::ranges::for_each(children, [](auto* child) { child->hasNews = true; });
@@ -48,10 +83,14 @@ struct ChildWatch::System final {
     std::vector<ChildProgram*> children;
 };
 
-bool ChildWatch::System::noteNews(int milliseconds) const noexcept {
+bool ChildWatch::System::noteNews(milliseconds time) const noexcept {
+    const SignalsOnlyWhileWaiting signals;
+    if (interruption() != 0) {
+        time = milliseconds::zero();
+    }
     std::array<epoll_event, 64> events;  // those that do not fit are told at the next time
-    const int count =
-        epoll_wait(queue.get(), events.data(), static_cast<int>(events.size()), milliseconds);
+    const int count = epoll_pwait(queue.get(), events.data(), static_cast<int>(events.size()),
+                                  timeout(time), &signals.whileWaiting());
     for (int n = 0; n < count; ++n) {
         auto* const child =
             static_cast<ChildProgram*>(events[static_cast<std::size_t>(n)].data.ptr);
@@ -86,17 +125,15 @@ void ChildWatch::remove(ChildProgram& child) noexcept {
     child.hasNews = true;
 }
 
-void ChildWatch::wait() noexcept {
-    if (!system) {
-        sleepMilliseconds(kPassMilliseconds);
-    } else if (!system->noteNews(kPassMilliseconds)) {
-        sleepMilliseconds(kPassMilliseconds);
-        system->doubtAll();
+void ChildWatch::wait(milliseconds most) noexcept {
+    if (!system || !system->noteNews(system->watchesAll() ? most : std::min(most, kPass))) {
+        sleepMilliseconds(kPass.count());
+        refresh();
     }
 }
 
 void ChildWatch::refresh() noexcept {
-    if (system && !system->noteNews(0)) {
+    if (system && !system->noteNews(milliseconds::zero())) {
         system->doubtAll();
     }
 }

@@ -20,7 +20,7 @@ void ChildWatch::add(ChildProgram& child) {
 
 void ChildWatch::remove(ChildProgram& /*child*/) noexcept {}
 
-void ChildWatch::wait() noexcept {
+void ChildWatch::wait(std::chrono::milliseconds /*most*/) noexcept {
     sleepMilliseconds(1);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 #include "tkcore/AString.h"
@@ -21,8 +22,12 @@ public:
                                    const tkcore::AString& /*path*/) {}
     virtual void extractionFinished(const tkcore::AString& /*name*/) {}
 
-    /// Time passes, with nothing else to tell; called about every millisecond.
+    /// Time passes, with nothing else to tell.
     virtual void waiting() {}
+    /// How long it may be left alone until it is told so again.
+    [[nodiscard]] virtual std::chrono::milliseconds restTime() const {
+        return std::chrono::milliseconds::max();
+    }
 
     /// So many bytes are merged, of all in the connectivity pieces that are finished, or packed, of
     /// all files.

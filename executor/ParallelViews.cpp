@@ -1,8 +1,12 @@
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <unordered_set>
 #include <vector>
 
@@ -87,6 +91,26 @@ AString generatorName(std::size_t rank, const AString& net, const std::vector<AS
         name += "_" + className;
     }
     return name;
+}
+
+/// How many extractions may run at the same time: what VELTAR_EXTRACTA_LIMIT says, a number from 1
+/// to 1000, or half of what the machine has of hardware threads.
+std::uint32_t extractaLimit(RunObserver& observer) {
+    constexpr std::uint32_t kHighest = 1000;
+    const char* variable = std::getenv("VELTAR_EXTRACTA_LIMIT");
+    if (variable == nullptr) {
+        return concurrentExtractaLimit();
+    }
+    const std::string_view text = variable;
+    std::uint32_t limit = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (!isNumber || limit == 0 || limit > kHighest) {
+        warn(observer,
+             "VELTAR_EXTRACTA_LIMIT is ignored, it is no number from 1 to 1000: " + AString(text));
+        return concurrentExtractaLimit();
+    }
+    return limit;
 }
 
 void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString>& nets,
@@ -216,7 +240,7 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
                                                            const ViewSet& views,
                                                            const std::vector<AString>& nets,
                                                            std::vector<ActiveView>& activeViews) {
-    ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
+    ExtractaViewGenerator::maxConcurrentExtractas = extractaLimit(observer);
     tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
                      workingDir.name().FilePath());
     try {

@@ -241,8 +241,13 @@ TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
         // The first children wait for each other: too low a limit would keep them waiting for ever.
         useScript("write ../started.$pid \nawait-count ../started. " + std::to_string(limit) +
                   "\n" + goOn());
-        limitProcesses(limit);
+        limitProcesses(limit == 8 ? 1 : limit);
+        environment["VELTAR_EXTRACTA_LIMIT"] = limit == 8 ? "8" : "none";
         ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
+        EXPECT_EQ(
+            readFile(tools / "log").find("VELTAR_EXTRACTA_LIMIT is ignored") == std::string::npos,
+            limit == 8);
+        fs::remove(tools / "log");
         std::multimap<long long, int> changes;
         std::istringstream trace(readFile(tools / "trace"));
         std::string what;

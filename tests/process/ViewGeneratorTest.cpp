@@ -55,17 +55,23 @@ TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
               "CONNECTIVITY\r\n\r\n\tNET_NAME\r\n\r\nEND\r\n\r\n");
 }
 
-TEST_F(ViewGenerator, keepsHundredsQueuedWithoutDescriptors) {
-    useExtracta("await end\n");
-    ExtractaViewGenerator::maxConcurrentExtractas = 2;
-    start("0");
-    start("1");
-    const std::size_t beforeTheQueue = openHandles();
-    for (int n = 2; n < 600; ++n) {
+TEST_F(ViewGenerator, runsHundredsAtOnceAndKeepsHundredsQueuedWithoutDescriptors) {
+    constexpr std::size_t kAtOnce = 200;
+    useExtracta("append started .\nawait end\n");
+    ExtractaViewGenerator::maxConcurrentExtractas = kAtOnce;
+    const std::size_t before = openHandles();
+    for (std::size_t n = 0; n < kAtOnce; ++n) {
         start(AString(std::to_string(n)));
     }
+    const std::size_t beforeTheQueue = openHandles();
+    EXPECT_LE(beforeTheQueue, before + 4 * kAtOnce);
+    for (std::size_t n = 0; n < 2 * kAtOnce; ++n) {
+        start(AString("q" + std::to_string(n)));
+    }
     EXPECT_EQ(openHandles(), beforeTheQueue);
-    generators.resize(9);
+    EXPECT_TRUE(eventually(
+        [this] { return readFile(directory / "started") == std::string(kAtOnce, '.'); }));
+    generators.resize(kAtOnce + 9);
     writeFile(directory / "end", "");
     for (const auto& generator : generators) {
         generator->waitForViewFile();

@@ -1,5 +1,8 @@
 #include "app/CommandLine.h"
 
+#include <algorithm>
+#include <array>
+
 #include "tkcore/Assertion.h"
 
 namespace velextracta {
@@ -7,6 +10,8 @@ namespace velextracta {
 using tkcore::AString;
 
 namespace {
+
+constexpr std::array kOptions{"z", "cell", "n", "add"};
 
 bool isOption(const AString& argument, const AString& name) {
     return argument.MatchNoCase("/" + name) || argument.MatchNoCase("-" + name);
@@ -20,6 +25,11 @@ void appendValue(int argc, char* argv[], int ii, std::vector<AString>& list) {
 }
 
 }  // namespace
+
+bool isAnyOption(const AString& argument) {
+    return std::ranges::any_of(kOptions,
+                               [&](const char* name) { return isOption(argument, name); });
+}
 
 CommandLine scanCommandLine(int argc, char* argv[]) {
     CommandLine options;

@@ -19,4 +19,7 @@ struct CommandLine final {
 /// no option is passed over; the value of an option is scanned as an argument, too.
 CommandLine scanCommandLine(int argc, char* argv[]);
 
+/// Whether the argument reads like one of the options.
+bool isAnyOption(const tkcore::AString& argument);
+
 }  // namespace velextracta

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "tkcore/Log.h"
 #include "tkcore/PathStatus.h"
 
 namespace velextracta {
@@ -13,21 +14,30 @@ using tkcore::AString;
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTwo{100};
-constexpr std::chrono::seconds kTimeToRead{10};
 /// Before that a rate says nothing.
 constexpr std::chrono::duration<double> kShortestTime{0.5};
 
-/// The name of an extraction as its line shows it: the pieces of the connectivity that have a name,
-/// not a number, are known by that.
+/// The name of an extraction as the line shows it: what has a word of its own in connectivity is
+/// known by that, and of a long name both ends.
 std::string shownName(const AString& name) {
-    constexpr std::string_view kConnectivity = "conn";
-    std::string text = VEL_ANSI(name);
-    const bool isNamed = text.starts_with(kConnectivity) && text.size() > kConnectivity.size() &&
-                         text[kConnectivity.size()] >= 'a' && text[kConnectivity.size()] <= 'z';
-    return isNamed ? text.substr(kConnectivity.size()) : text;
+    constexpr std::size_t kLongest = 20;
+    constexpr std::size_t kHead = 11;
+    constexpr std::size_t kTail = kLongest - kHead - 1;
+    const std::string text = VEL_ANSI(name);
+    if (text == "connnets" || text == "connremainder") {
+        return text == "connnets" ? "survey" : "remainder";
+    }
+    return text.size() <= kLongest ? text
+                                   : text.substr(0, kHead) + "~" + text.substr(text.size() - kTail);
 }
 
 }  // namespace
+
+void StatusLine::expected(std::size_t count, bool isAtLeast) {
+    expectedCount = count;
+    isExpectedAtLeast = isAtLeast;
+    show();
+}
 
 void StatusLine::extractionQueued(const AString& name) {
     queued.push_back(name);
@@ -62,10 +72,13 @@ void StatusLine::packed(std::uint64_t bytes, std::uint64_t all) {
 }
 
 void StatusLine::warned(const AString& text) {
-    ++warnings;
-    lastWarning = text;
-    lastWarningTime = Clock::now();
-    show();
+    if (!tkcore::isLogOnTerminal()) {
+        tkcore::printOnTerminal((AString("warning: ") + text).wide());
+    }
+}
+
+std::chrono::seconds StatusLine::elapsed() const {
+    return std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - start);
 }
 
 void StatusLine::Work::note(std::uint64_t bytesDone, std::uint64_t bytesOfAll) {
@@ -89,19 +102,22 @@ void StatusLine::show() {
     if (now < nextTime) {
         return;
     }
-    line.show(statusText(status(now), line.columns()));
+    line.show(AString(statusText(status(now), line.columns())).wide());
     nextTime = now + kBetweenTwo;
 }
 
 std::chrono::milliseconds StatusLine::restTime() const {
-    return line.isPossible() ? std::max(std::chrono::ceil<std::chrono::milliseconds>(
-                                            nextTime - Clock::now()),
-                                        std::chrono::milliseconds(1))
-                             : RunObserver::restTime();
+    return line.isPossible()
+               ? std::max(std::chrono::ceil<std::chrono::milliseconds>(nextTime - Clock::now()),
+                          std::chrono::milliseconds(1))
+               : RunObserver::restTime();
 }
 
 RunStatus StatusLine::status(Clock::time_point now) const {
     RunStatus status;
+    status.expected = expectedCount;
+    status.isAtLeast = isExpectedAtLeast;
+    status.elapsed = elapsed();
     status.finished = finished;
     status.waiting = queued.size();
     status.writtenBytes = finishedBytes;
@@ -117,9 +133,6 @@ RunStatus StatusLine::status(Clock::time_point now) const {
     if (isPacking) {
         status.packing = packing.progress(now);
     }
-    status.warnings = warnings;
-    status.lastWarning = lastWarning.wide();
-    status.isWarningNew = now - lastWarningTime < kTimeToRead;
     return status;
 }
 

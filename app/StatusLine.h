@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "app/StatusText.h"
@@ -13,15 +14,21 @@
 
 namespace velextracta {
 
-/// Shows what a run is at in one line on the terminal, rewritten at most ten times a second; does
-/// nothing where there is no terminal. The front end owns it.
+/// Shows what a run is at in one line on the terminal, rewritten at most ten times a second, and
+/// warnings in lines above it; does nothing where there is no terminal. The front end owns it.
 class StatusLine final : public RunObserver {
 public:
+    void expected(std::size_t count, bool isAtLeast) override;
+    void surveyed(std::size_t nets) override { surveyedNets = nets; }
     void extractionQueued(const tkcore::AString& name) override;
     void extractionStarted(const tkcore::AString& name, const tkcore::AString& path) override;
     void extractionFinished(const tkcore::AString& name) override;
     void waiting() override { show(); }
     [[nodiscard]] std::chrono::milliseconds restTime() const override;
+
+    [[nodiscard]] std::chrono::seconds elapsed() const;
+    /// With connectivity records; none in a run that does not survey them.
+    [[nodiscard]] std::optional<std::size_t> nets() const { return surveyedNets; }
     void merged(std::uint64_t bytes, std::uint64_t all) override;
     void packed(std::uint64_t bytes, std::uint64_t all) override;
     void warned(const tkcore::AString& text) override;
@@ -55,14 +62,15 @@ private:
         line.isPossible() ? Clock::time_point::min() : Clock::time_point::max();
     std::vector<Extraction> running;
     std::vector<tkcore::AString> queued;
+    Clock::time_point start = Clock::now();
+    std::size_t expectedCount = 0;
+    bool isExpectedAtLeast = false;
     std::size_t finished = 0;
     std::uint64_t finishedBytes = 0;
+    std::optional<std::size_t> surveyedNets;
     Work merging;
     Work packing;
     bool isPacking = false;
-    std::size_t warnings = 0;
-    tkcore::AString lastWarning;
-    Clock::time_point lastWarningTime;
 };
 
 }  // namespace velextracta

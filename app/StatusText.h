@@ -24,17 +24,20 @@ struct RunStatus final {
     std::size_t finished = 0;
     std::vector<Extraction> running;  // the oldest first
     std::size_t waiting = 0;
+    std::size_t expected = 0;  // of all there will be; 0: not known
+    bool isAtLeast = false;    // it may become more
+    std::chrono::seconds elapsed{};
     std::uint64_t writtenBytes = 0;
     std::optional<Progress> merging;
     std::optional<Progress> packing;  // everything is extracted
-    std::size_t warnings = 0;
-    std::wstring lastWarning;
-    bool isWarningNew = false;  // its words go before what else there is to show
 };
 
 /// The status in one line that takes the columns at most, unless these are too few for the first
-/// word or characters of the last warning are wide: what has no room is left out, the least
-/// important first.
-std::wstring statusText(const RunStatus& status, std::size_t columns);
+/// word: what has no room is left out, the least important first.
+std::string statusText(const RunStatus& status, std::size_t columns);
+
+/// "12 MiB", and "1:02:03" or "2:03".
+std::string bytesText(double bytes);
+std::string timeText(std::chrono::seconds time);
 
 }  // namespace velextracta

@@ -3,11 +3,18 @@
 #include <charconv>
 #include <cstdint>
 #include <new>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
+#include <boost/format.hpp>
+
 #include "app/CommandLine.h"
+#include "app/Reasons.h"
 #include "app/StatusLine.h"
+#include "app/StatusText.h"
+#include "app/Usage.h"
 #include "executor/ExtractaExecutor.h"
 #include "executor/OutputCheck.h"
 #include "tkcore/AString.h"
@@ -109,6 +116,7 @@ void checkOutput(RunObserver& observer, const Request& request) {
     if (request.options.zip) {
         warnAboutArchive(observer, request.output, request.design);
         warnAboutRoom(observer, {base, request.output.folder()}, request.design);
+        warnAboutDesignsFolder(observer, base);
     } else {
         for (const AString& text : request.options.addedFiles) {
             names.push_back(LongFileName(text).name());
@@ -129,6 +137,25 @@ bool isNoLog(const Request& request, const LongFileName& path) {
            tkcore::isSameFile(path, output);
 }
 
+/// What a success came to, in one line for a person.
+void printSummary(const Request& request, const StatusLine& statusLine,
+                  const std::vector<ActiveView>& views) {
+    std::uint64_t bytes = request.options.zip ? tkcore::fileSize(request.output) : 0;
+    for (const ActiveView& view : views) {
+        const LongFileName moved = request.output.in(MakeViewFileName(view.viewType, ""));
+        bytes += request.options.zip ? 0 : tkcore::fileSize(moved);
+    }
+    std::string nets;
+    if (const std::optional<std::size_t> count = statusLine.nets()) {
+        nets = (boost::format(", %d nets") % *count).str();
+    }
+    tkcore::printOnTerminal(AString::Format("%d views%s, %s in %s: %s", views.size(), nets,
+                                            bytesText(static_cast<double>(bytes)),
+                                            timeText(statusLine.elapsed()),
+                                            request.output.FilePath())
+                                .wide());
+}
+
 /// Creates and packs the views; returns the exit code.
 int run(const Request& request, Stage& stage) {
     StatusLine statusLine;
@@ -144,26 +171,61 @@ int run(const Request& request, Stage& stage) {
     tkcore::eraseTerminalLine();
     // Printed whatever the packaging came to; a failure line follows it.
     printOutcome(Stream::kOutput, "VLX file written: ", request.outputText);
-    return packaged ? 0 : fail(stage);
+    if (!packaged) {
+        return fail(stage);
+    }
+    if (tkcore::isPersonAtTerminal()) {
+        try {
+            printSummary(request, statusLine, activeViews);
+        } catch (const std::bad_alloc&) {  // what is delivered is delivered
+        }
+    }
+    return 0;
+}
+
+/// For fewer arguments than a run takes; returns the exit code.
+int answer(int argc, char* argv[]) {
+    const std::string_view question = argc == 2 ? argv[1] : "";
+    if (question == "--help" || question == "--version") {
+        writeTo(Stream::kOutput, question == "--help" ? std::string(usage()) : versionText());
+        return 0;
+    }
+    VEL_ASSERT(kSource, argc >= 3);
+    if (tkcore::isPersonAtTerminal()) {
+        writeTo(Stream::kErrors, shortUsage());
+    }
+    return 1;
 }
 
 int runFromCommandLine(int argc, char* argv[], Stage& stage) {
     if (argc < 3) {
-        VEL_ASSERT(kSource, argc >= 3);
-        return 1;
+        return answer(argc, argv);
     }
     const Request request{scanCommandLine(argc, argv), argv[argc - 2], argv[argc - 1]};
     tkcore::keepLogOff([&](const LongFileName& path) { return isNoLog(request, path); });
+    if (const AString doubt = tkcore::doubtAboutLog(); !doubt.empty()) {
+        tkcore::printOnTerminal((AString("warning: ") + doubt).wide());
+    }
+    Reasons reasons;
     if (const tkcore::PathStatus status = statusOf(request.design);
         status.kind == tkcore::PathStatus::Kind::kNothing ||
         status.kind == tkcore::PathStatus::Kind::kUnknown) {
         tkcore::VelDebug(0, "error: there is no design %s: %s", request.designText,
                          status.reason.message());
+        if (const AString slip = misplacedOption(request.designText, request.outputText);
+            !slip.empty()) {
+            tkcore::VelDebug(0, "error: %s", slip);
+        }
         VEL_ASSERT(kSource, !"mcm file does not exist");
         printOutcome(Stream::kErrors, "mcm file does not exist: ", request.designText);
+        reasons.print();
         return 1;
     }
-    return run(request, stage);
+    const int exitCode = run(request, stage);
+    if (exitCode != 0) {
+        reasons.print();
+    }
+    return exitCode;
 }
 
 }  // namespace
@@ -173,6 +235,12 @@ int main(int argc, char* argv[]) {
     tkcore::lendCommandLine(argv);
     tkcore::noteInterruptions();
     tkcore::logUncaughtExceptions();
+    tkcore::suspendWith(
+        [] {
+            tkcore::eraseTerminalLine();
+            tkcore::suspendPrograms();
+        },
+        tkcore::resumePrograms);
     Stage stage = Stage::kCreating;
     int exitCode = 1;
     try {

@@ -80,6 +80,16 @@ void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
     }
 }
 
+void warnAboutDesignsFolder(RunObserver& observer, const LongFileName& folder) {
+    try {
+        refuseFolder(folder);
+    } catch (const std::exception& failure) {
+        warn(observer, AString("there is no place to work beside the design: ")
+                           .append(failure.what())
+                           .append(". Link the design from a folder of your own, and give that"));
+    }
+}
+
 void warnAboutAddedFiles(RunObserver& observer, const std::vector<AString>& files,
                          std::vector<AString> names) {
     for (const AString& text : files) {

@@ -21,6 +21,9 @@ void warnAboutArchive(RunObserver& observer, const tkcore::LongFileName& archive
 void warnAboutFolder(RunObserver& observer, const tkcore::LongFileName& folder,
                      const std::vector<tkcore::AString>& names, const tkcore::LongFileName& design);
 
+/// About a design's folder in which there can be no working directory.
+void warnAboutDesignsFolder(RunObserver& observer, const tkcore::LongFileName& folder);
+
 /// About added files that will not be packed, or will end the program: the names are those that
 /// files have already where they will be copied to.
 void warnAboutAddedFiles(RunObserver& observer, const std::vector<tkcore::AString>& files,

@@ -142,6 +142,7 @@ void ParallelRun::startOtherViews(const ViewSet& views, const std::vector<AStrin
 
 void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
     const std::vector<RankedNet> ranked = surveyNets(nets);
+    observer.surveyed(ranked.size());
     warnAboutNetsWithoutRecord(observer, nets, ranked);
     std::vector<AString> splitNets;
     for (const RankedNet& candidate : ranked) {
@@ -149,9 +150,14 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
             break;
         }
         if (const AString net(candidate.netName); canHaveProcesses(net)) {
-            splitNet(splitNets.size(), net);
             splitNets.push_back(net);
         }
+    }
+    // The other views, the survey, the pieces and the remainder.
+    observer.expected(
+        otherGenerators.size() + splitNets.size() * ConnectivityClassGroups().size() + 2, false);
+    for (std::size_t rank = 0; rank < splitNets.size(); ++rank) {
+        splitNet(rank, splitNets[rank]);
     }
     // Without the net selection: the remainder covers every net of the design but the split ones.
     start(connectivityGenerators, ExtractaViewDef(ViewType::conn, splitNets, true), "remainder");
@@ -245,6 +251,9 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
                      workingDir.name().FilePath());
     try {
         ParallelRun run(designFile, workingDir, generatorOption, observer);
+        // Each view of its own, the survey and the remainder; later the pieces of large nets.
+        const auto atLeast = static_cast<std::size_t>(views.GetCount()) + 1;
+        observer.expected(atLeast, true);
         run.startOtherViews(views, nets);
         if (views.Contains(ViewType::conn)) {
             run.startConnectivity(nets);

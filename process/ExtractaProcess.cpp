@@ -9,6 +9,7 @@
 #include "tkcore/ExtractaParserException.h"
 #include "tkcore/Interruption.h"
 #include "tkcore/Log.h"
+#include "tkcore/ProgramFailure.h"
 #include "tkcore/System.h"
 
 namespace velextracta {
@@ -29,7 +30,9 @@ AString quotedPath(const LongFileName& file) {
 [[noreturn]] void throwStartFailure(const AString& executable, int result) {
     constexpr int kNoSuchFile = 2;
     const AString reason = tkcore::systemMessage(result);
-    VelDebug(0, "error: cannot start %s: %s", executable, reason);
+    const AString obstacle = tkcore::obstacleToStart(VEL_ANSI(executable), result);
+    VelDebug(0, "error: cannot start %s: %s%s%s", executable, reason, obstacle.empty() ? "" : ": ",
+             obstacle);
     if (result == kNoSuchFile) {
         throw ExtractaParserException(
             "CreateProcess failed with error 2: Could not find application " + executable);
@@ -40,6 +43,9 @@ AString quotedPath(const LongFileName& file) {
 
 [[noreturn]] void throwExitFailure(const AString& processName, int code,
                                    const tkcore::PrintedText& output) {
+    if (const AString meaning = tkcore::meaningOfExitCode(code); !meaning.empty()) {
+        VelDebug(0, "error: exit code %d means %s", code, meaning);
+    }
     std::string message =
         VEL_ANSI(AString::Format("%s exited with non-zero exit code %d", processName, code));
     if (!output.empty()) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <string>
+#include <utility>
 
 namespace tkcore {
 
@@ -17,6 +18,9 @@ std::atomic<bool> isRequested = false;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
               "a signal's handler writes to them");
 
+std::function<void()> beforeSuspension = [] {};
+std::function<void()> afterSuspension = [] {};
+
 }  // namespace
 
 Interrupted::Interrupted(int signal)
@@ -30,7 +34,13 @@ bool isEndRequested() noexcept {
     return isRequested;
 }
 
+void suspendWith(std::function<void()> beforeIt, std::function<void()> afterIt) {
+    beforeSuspension = std::move(beforeIt);
+    afterSuspension = std::move(afterIt);
+}
+
 void throwIfInterrupted() {
+    suspendIfAsked(beforeSuspension, afterSuspension);
     if (const int signal = interruption(); signal != kNone) {
         throw Interrupted(signal);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 
 namespace tkcore {
@@ -22,8 +23,12 @@ public:
     explicit Interrupted(int signal);
 };
 
-/// Throws Interrupted once a request to end has been noted.
+/// Throws Interrupted once a request to end has been noted. Where somebody has asked to suspend the
+/// process (Ctrl-Z), it is suspended here.
 void throwIfInterrupted();
+
+/// Lets what belongs to the process be suspended and go on together with it.
+void suspendWith(std::function<void()> beforeIt, std::function<void()> afterIt);
 
 /// The same for the last time: where it returns, any request to end comes too late, and what is
 /// about to be delivered will be delivered.
@@ -39,5 +44,8 @@ void endByInterruption();
 /// For the system's half, which may call them at any moment.
 void noteRequestToEnd(int signal) noexcept;
 void forgetRequestsToEnd() noexcept;
+
+/// The system's half of throwIfInterrupted(): suspends the process if that has been asked for.
+void suspendIfAsked(const std::function<void()>& beforeIt, const std::function<void()>& afterIt);
 
 }  // namespace tkcore

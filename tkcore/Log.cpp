@@ -56,6 +56,7 @@ public:
     }
 
     const AString& doubt() const { return reasonWhyOff; }
+    bool isOnTerminal() const { return level >= 0 && mayBeTerminal; }
     bool takes(int textLevel) const { return textLevel <= level; }
 
     void write(std::string_view prefix, std::string_view text) {
@@ -120,6 +121,11 @@ private:
     AString reasonWhyOff;
 };
 
+ReasonListener& reasonListener() {
+    static ReasonListener listener;
+    return listener;
+}
+
 Log& theLog() {
     static Log log;
     return log;
@@ -142,13 +148,24 @@ void endQuietly() {
 }  // namespace
 
 bool logTakes(int level) {
-    return theLog().takes(level);
+    return theLog().takes(level) || (level == 0 && reasonListener());
 }
 
 void writeLog(int level, std::string_view prefix, std::string_view text) {
-    if (logTakes(level)) {
+    if (theLog().takes(level)) {
         theLog().write(prefix, text);
     }
+    if (level == 0 && reasonListener()) {
+        reasonListener()(std::string(prefix).append(text));
+    }
+}
+
+void listenToReasons(ReasonListener listener) {
+    reasonListener() = std::move(listener);
+}
+
+bool isLogOnTerminal() {
+    return theLog().isOnTerminal();
 }
 
 void keepLogOff(std::function<bool(const LongFileName&)> isNoLog) {

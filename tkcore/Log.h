@@ -18,6 +18,14 @@ bool logTakes(int level);
 /// predicate picks. To be called before anything is logged; opens the log.
 void keepLogOff(std::function<bool(const LongFileName&)> isNoLog);
 
+/// Hears every reason, that is each text of level 0, whether there is a log or not: where nobody
+/// reads a log, a person may be told. The prefix is part of the text.
+using ReasonListener = std::function<void(std::string_view reason)>;
+void listenToReasons(ReasonListener listener);
+
+/// Whether the log is written where a person reads it.
+bool isLogOnTerminal();
+
 /// Why the log is off though the variable asks for it; empty if there is nothing to say.
 AString doubtAboutLog();
 

@@ -63,6 +63,10 @@ int VeltGetProcessExitCode(ProcessHandle process, int& exitCode);
 /// program may end with the very code that means that it runs.
 bool hasProcessEnded(ProcessHandle process) noexcept;
 
+/// Suspends all programs that run, with all that descends from them, and lets them go on.
+void suspendPrograms();
+void resumePrograms();
+
 /// Asks the program and all its descendants to end, those too that changed their process group or
 /// session or have lost their parent; what is left of them after a second is ended for good, at
 /// the latest by VeltTerminateProcessTree or our own end. Does not wait, so that several trees end

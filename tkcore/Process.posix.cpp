@@ -226,6 +226,14 @@ int errorCodeOf(const StartFailure& failure) {
     }
 }
 
+void signalKeepers(int signal) {
+    for (const StartedProcess& process : startedProcesses) {
+        if (!process.exitCode) {
+            kill(process.keeper, signal);
+        }
+    }
+}
+
 /// False if it has not ended within the time.
 bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcept {
     const auto deadline = std::chrono::steady_clock::now() + time;
@@ -298,6 +306,14 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     process = &started;
     process->keeperDescriptor = FileDescriptor(pidfd_open(process->keeper, 0));
     return 0;
+}
+
+void suspendPrograms() {
+    signalKeepers(SIGTSTP);
+}
+
+void resumePrograms() {
+    signalKeepers(SIGCONT);
 }
 
 int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {

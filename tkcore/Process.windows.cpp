@@ -300,6 +300,10 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     return 0;
 }
 
+void suspendPrograms() {}  // this process is never suspended itself
+
+void resumePrograms() {}
+
 int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
     if (!process->exitCode) {
         noteOwnEnd(*process);

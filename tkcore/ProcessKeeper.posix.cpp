@@ -120,12 +120,40 @@ void resetSignals() noexcept {
     giveUp(kStatusDescriptor, StartFailure::Step::kProgram);
 }
 
+/// A number may have come to mean another process. One that is ours to reap keeps its number, and a
+/// descriptor its process; for any other, on a system without descriptors, the time of its start
+/// makes it as good as sure.
+void sendSignal(const ProcessEntry& entry, int signal) noexcept {
+    const FileDescriptor descriptor(pidfd_open(entry.process, 0));
+    if (lookUp(entry.process).start != entry.start) {
+        return;
+    }
+    if (!descriptor || pidfd_send_signal(descriptor.get(), signal, nullptr, 0) != 0) {
+        kill(entry.process, signal);
+    }
+}
+
+/// To all that descends from us or, without a table of processes, to the program's own group.
+void signalDescendants(pid_t program, bool hasProcessTable, int signal) noexcept {
+    try {
+        if (!hasProcessTable) {
+            kill(-program, signal);
+            return;
+        }
+        for (const ProcessEntry& entry : descendantsOfThisProcess()) {
+            sendSignal(entry, signal);
+        }
+    } catch (...) {  // no memory for a list of them: they do not get it, then
+    }
+}
+
 /// The program's exit code, or none if we are told to end it while it runs.
-std::optional<int> waitForProgram(pid_t program) noexcept {
+std::optional<int> waitForProgram(pid_t program, bool hasProcessTable) noexcept {
     sigset_t awaited;
     sigemptyset(&awaited);
-    sigaddset(&awaited, SIGCHLD);
-    sigaddset(&awaited, SIGTERM);
+    for (const int signal : {SIGCHLD, SIGTERM, SIGTSTP, SIGCONT}) {
+        sigaddset(&awaited, signal);
+    }
     for (;;) {
         int status = 0;
         for (pid_t ended = 0; (ended = waitpid(-1, &status, WNOHANG)) > 0;) {
@@ -133,35 +161,19 @@ std::optional<int> waitForProgram(pid_t program) noexcept {
                 return exitCodeOf(status);
             }
         }
-        if (sigwaitinfo(&awaited, nullptr) == SIGTERM) {
-            return std::nullopt;
+        switch (sigwaitinfo(&awaited, nullptr)) {
+            case SIGTERM:
+                return std::nullopt;
+            case SIGTSTP:
+                // They have no terminal, so this one would not suspend them.
+                signalDescendants(program, hasProcessTable, SIGSTOP);
+                break;
+            case SIGCONT:
+                signalDescendants(program, hasProcessTable, SIGCONT);
+                break;
+            default:
+                break;
         }
-    }
-}
-
-/// A number may have come to mean another process. One that is ours to reap keeps its number, and a
-/// descriptor its process; for any other, on a system without descriptors, the time of its start
-/// makes it as good as sure.
-void ask(const ProcessEntry& entry) noexcept {
-    const FileDescriptor descriptor(pidfd_open(entry.process, 0));
-    if (lookUp(entry.process).start != entry.start) {
-        return;
-    }
-    for (const int signal : {SIGTERM, SIGCONT}) {  // it may be suspended
-        if (!descriptor || pidfd_send_signal(descriptor.get(), signal, nullptr, 0) != 0) {
-            kill(entry.process, signal);
-        }
-    }
-}
-
-void askDescendantsToEnd(pid_t program, bool hasProcessTable) {
-    if (!hasProcessTable) {
-        kill(-program, SIGTERM);
-        kill(-program, SIGCONT);
-        return;
-    }
-    for (const ProcessEntry& entry : descendantsOfThisProcess()) {
-        ask(entry);
     }
 }
 
@@ -202,10 +214,8 @@ void killDescendants(bool hasProcessTable) noexcept {
 }
 
 void endDescendants(pid_t program, bool hasProcessTable) noexcept {
-    try {
-        askDescendantsToEnd(program, hasProcessTable);
-    } catch (...) {  // no memory for a list of them: they are not asked, then
-    }
+    signalDescendants(program, hasProcessTable, SIGTERM);
+    signalDescendants(program, hasProcessTable, SIGCONT);  // some may be suspended
     waitForChildren(kGrace);
     killDescendants(hasProcessTable);
 }
@@ -244,7 +254,7 @@ void keepProgram(const ProgramStart& start) noexcept {
         giveUp(kStatusDescriptor, StartFailure::Step::kSetUp);
     }
     closeFrom(STDIN_FILENO);
-    const std::optional<int> exitCode = waitForProgram(program);
+    const std::optional<int> exitCode = waitForProgram(program, start.hasProcessTable);
     if (!exitCode) {
         endDescendants(program, start.hasProcessTable);
     }

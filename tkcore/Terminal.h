@@ -35,4 +35,11 @@ private:
 /// Erases the line that is shown, if any; for whoever prints something else next.
 void eraseTerminalLine() noexcept;
 
+/// Whether somebody may read it: standard error is a terminal that can show such a line.
+bool isPersonAtTerminal() noexcept;
+
+/// Writes a line that stays, where there may be a person; nothing elsewhere. What the terminal
+/// cannot print is shown as "?".
+void printOnTerminal(std::wstring_view text);
+
 }  // namespace tkcore

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cwchar>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -26,21 +27,22 @@ namespace {
 
 constexpr unsigned kUsualColumns = 80;
 constexpr int kMillisecondsToErase = 1000;
+constexpr int kMillisecondsToPrint = 1000;
 constexpr std::string_view kEraseLine = "\r\x1b[K";
 constexpr std::string_view kEraseBelow = "\r\x1b[J";
 
 /// They end a process at once, whatever it is at. Those of noteInterruptions() are not among them.
-constexpr std::array kDeadlySignals{SIGQUIT, SIGILL, SIGTRAP, SIGABRT, SIGBUS,  SIGFPE,
-                                    SIGSEGV, SIGSYS, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU};
+constexpr std::array kDeadlySignals{SIGQUIT, SIGILL,  SIGTRAP, SIGABRT, SIGBUS,
+                                    SIGFPE,  SIGSEGV, SIGSYS,  SIGALRM};
 
 // What a handler of these signals has to know.
 std::atomic<int> terminal = -1;
 std::atomic<unsigned> shownColumns = 0;  // 0: no line is shown
 
-bool canErase() {
-    const char* type = std::getenv("TERM");
-    return isatty(STDERR_FILENO) == 1 && type != nullptr && *type != '\0' &&
-           std::string_view(type) != "dumb";
+/// A way to the terminal that never blocks, unless it may not be opened again; then standard error.
+FileDescriptor openTerminal() {
+    FileDescriptor opened(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return opened ? std::move(opened) : FileDescriptor(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0));
 }
 
 unsigned terminalColumns() noexcept {
@@ -60,6 +62,23 @@ bool write(std::string_view bytes, int milliseconds) noexcept {
     pollfd room{terminal, POLLOUT, 0};
     return isForeground() && poll(&room, 1, milliseconds) > 0 &&
            ::write(terminal, bytes.data(), bytes.size()) > 0;
+}
+
+/// The same, also for a job in the background, and of text that a terminal takes in parts. One that
+/// has taken none for so long is not waited for again.
+void writeWithin(std::string_view bytes, int milliseconds) {
+    static bool isStopped = false;
+    const FileDescriptor opened = openTerminal();
+    while (!bytes.empty()) {
+        pollfd room{opened.get(), POLLOUT, 0};
+        const int ready = poll(&room, 1, isStopped ? 0 : milliseconds);
+        const ssize_t count = ready > 0 ? ::write(opened.get(), bytes.data(), bytes.size()) : 0;
+        isStopped = count <= 0;
+        if (isStopped) {
+            return;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
 }
 
 /// Many a terminal goes on in the next line with one that is wider than it has become.
@@ -82,12 +101,6 @@ void eraseBeforeDeath() {
             sigaction(signal, &action, nullptr);
         }
     }
-}
-
-/// A way to the terminal that never blocks, unless it may not be opened again; then standard error.
-FileDescriptor openTerminal() {
-    FileDescriptor opened(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    return opened ? std::move(opened) : FileDescriptor(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0));
 }
 
 /// The user's choice of characters, for as long as it lives: what the terminal is set to.
@@ -164,7 +177,8 @@ struct TerminalLine::System final {
     std::string shownBytes;
 };
 
-TerminalLine::TerminalLine() : system(canErase() ? std::make_unique<System>() : nullptr) {}
+TerminalLine::TerminalLine()
+    : system(isPersonAtTerminal() ? std::make_unique<System>() : nullptr) {}
 
 TerminalLine::~TerminalLine() = default;
 
@@ -189,6 +203,20 @@ void TerminalLine::show(std::wstring_view text) {
     shownColumns = std::max(before, fitted.columns);
     shownColumns = write(bytes, 0) ? fitted.columns : before;
     system->shownBytes = std::move(bytes);
+}
+
+bool isPersonAtTerminal() noexcept {
+    const char* type = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && type != nullptr && *type != '\0' &&
+           std::string_view(type) != "dumb";
+}
+
+void printOnTerminal(std::wstring_view text) {
+    if (isPersonAtTerminal()) {
+        eraseTerminalLine();
+        const FittedText whole(text, std::numeric_limits<unsigned>::max());
+        writeWithin(whole.bytes + "\n", kMillisecondsToPrint);
+    }
 }
 
 void eraseTerminalLine() noexcept {

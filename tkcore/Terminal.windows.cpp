@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <string>
 
@@ -44,6 +45,15 @@ bool isPrintable(wchar_t character) noexcept {
            !IS_HIGH_SURROGATE(character) && !IS_LOW_SURROGATE(character);
 }
 
+/// Standard error, if it is a console that can show more than plain text; else null.
+HANDLE openConsole() noexcept {
+    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+    const char* type = std::getenv("TERM");
+    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
+    DWORD mode = 0;
+    return !isDumb && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
+}
+
 /// A line that has the text, blanks behind it, and the cursor back at its start. No sequence of
 /// control characters erases a line on every console.
 std::wstring lineOf(std::wstring_view text) {
@@ -76,11 +86,7 @@ struct TerminalLine::System final {
 };
 
 TerminalLine::TerminalLine() {
-    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
-    const char* type = std::getenv("TERM");
-    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
-    DWORD mode = 0;
-    if (!isDumb && GetConsoleMode(handle, &mode) != 0) {
+    if (HANDLE handle = openConsole(); handle != nullptr) {
         system = std::make_unique<System>(handle);
     }
 }
@@ -101,6 +107,21 @@ void TerminalLine::show(std::wstring_view text) {
     }
     isShown = write(line);
     system->shown = std::move(line);
+}
+
+bool isPersonAtTerminal() noexcept {
+    return openConsole() != nullptr;
+}
+
+void printOnTerminal(std::wstring_view text) {
+    if (HANDLE handle = openConsole(); handle != nullptr) {
+        eraseTerminalLine();
+        std::wstring line(text);
+        std::ranges::replace_if(line, std::not_fn(isPrintable), kQuestionMark);
+        DWORD written = 0;
+        line += L"\r\n";
+        WriteConsoleW(handle, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    }
 }
 
 void eraseTerminalLine() noexcept {

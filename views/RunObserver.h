@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 #include "tkcore/AString.h"
@@ -15,6 +16,12 @@ public:
     virtual ~RunObserver() = default;
     RunObserver(const RunObserver&) = delete;
     RunObserver& operator=(const RunObserver&) = delete;
+
+    /// So many extractions there will be, or at least so many while that is not known yet.
+    virtual void expected(std::size_t /*count*/, bool /*isAtLeast*/) {}
+
+    /// So many nets have connectivity records.
+    virtual void surveyed(std::size_t /*nets*/) {}
 
     /// An extraction, by the name of its view file without ".txt"; it writes the file at the path.
     virtual void extractionQueued(const tkcore::AString& /*name*/) {}

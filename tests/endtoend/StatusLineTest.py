@@ -30,6 +30,8 @@ PATIENCE = 120  # seconds, for the slowest of machines
 WRITTEN = r"VLX file written: 0x[0-9a-f]+"
 NOT_CREATED = r"view creation failed \(1\)\."
 NOT_PACKED = r"view creation failed \(2\)\."
+REASON = r"\nerror: [^\n]+"
+SUMMARY = r"\n\d+ views(, \d+ nets)?, [\d.]+ [KM]?i?B in \d:\d\d: /\S+"
 
 
 class TerminalRun:
@@ -77,7 +79,7 @@ class TerminalRun:
             self.bytes += written
             for line in re.findall(rb"[^\r]*\r?", written):  # none that was shown goes unseen
                 self.stream.feed(line)
-                if not re.search("VLX|view|[0-9]{6} ", self.text()):
+                if not re.search("VLX|view|warning|[0-9]{6} ", self.text()):
                     self.mostRows = max(self.mostRows, len(self.text().split("\n")))
 
     def until(self, condition):
@@ -132,35 +134,100 @@ class StatusLine(unittest.TestCase):
     def test_shows_on_any_width_what_goes_on_and_leaves_the_outcome_alone(self):
         self.hold("layer", "paddef")
         run = self.run_("-z", "design.mcm", "out.vlx", width=40)
-        for width, line in ((40, r"0/10  layer \d:\d\d  \+8 waiting"),
-                            (100, r"0/10  layer \d:\d\d  paddef \d:\d\d  \+8 waiting"),
-                            (20, r"0/10  layer \d:\d\d")):
+        for width, line in ((40, r"0/11\+  \d:\d\d  layer \d:\d\d  \+8 waiting"),
+                            (100, r"0/11\+  \d:\d\d  layer \d:\d\d  paddef \d:\d\d  \+8 waiting"),
+                            (20, r"0/11\+  layer \d:\d\d")):
             run.resize(width)
             run.shows(line)
+        run.resize(200)
         self.letGo()
         self.assertEqual(run.end(), 0)
-        self.assertRegex(run.text().replace("\n", ""), f"^{WRITTEN}$")
+        self.assertRegex(run.text(), f"^{WRITTEN}{SUMMARY}$")
         self.assertEqual(run.mostRows, 1)
 
-    def test_leaves_only_the_lines_of_the_outcome(self):
+    def test_says_why_a_run_failed_and_leaves_nothing_else(self):
         cell = ("-z", "-cell", "design.mcm", "out.vlx")
         failing = ("-z", "-cell", "design.mcm", "no/out")
         cases = (
-            (failing, lambda run: self.letGo(), 1, f"{WRITTEN}\n{NOT_PACKED}"),
+            (failing, lambda run: self.letGo(), 1,
+             f"warning: the archive will not be written: .*no/out: No such file or directory\n"
+             f"{WRITTEN}\n{NOT_PACKED}{REASON}"),
             (("-z", "-cell", "-add", ".", "design.mcm", "out.vlx"), lambda run: self.letGo(),
-             -signal.SIGABRT, ""),
-            (cell, lambda run: run.process.terminate(), -signal.SIGTERM, NOT_CREATED),
+             -signal.SIGABRT, "warning: the file . cannot be added: it is no regular file\n"
+             "uncaught exception: cannot copy .*: Is a directory"),
+            (cell, lambda run: run.process.terminate(), -signal.SIGTERM,
+             NOT_CREATED + "\nerror: extracta run failed: interrupted by signal 15"),
             (cell, lambda run: run.process.send_signal(signal.SIGQUIT), -signal.SIGQUIT, ""),
-            # With a line of full width.
-            (failing, lambda run: os.write(run.master, b"\x03"), -signal.SIGINT, NOT_CREATED),
+            (cell, lambda run: os.write(run.master, b"\x03"), -signal.SIGINT,
+             NOT_CREATED + REASON),
         )
         self.hold("layer")
         for arguments, happens, code, left in cases:
-            run = self.run_(*arguments, width=40)
-            run.shows(r"0/4  layer \d:\d\d .*")
+            run = self.run_(*arguments, width=300)
+            run.shows(r"(?s).*0/4  \d:\d\d  layer \d:\d\d .*")
             happens(run)
             self.assertEqual(run.end(), code, arguments)
             self.assertRegex(run.text(), f"^{left}$")
+
+    def test_says_what_an_extractor_said_and_what_its_end_means(self):
+        script = self.directory / "extracta"
+        script.write_text("#!/bin/sh\nseq 1 20\nkill -XFSZ $$\n")
+        run = self.run_("-z", "design.mcm", "out.vlx", width=300)
+        self.assertEqual(run.end(), 1)
+        outcome, *reasons, more = run.text().split("\n")
+        self.assertRegex(outcome, NOT_CREATED)
+        self.assertEqual(len(reasons), 10)
+        self.assertEqual(reasons[0],
+                         "error: exit code 153 means an end by SIGXFSZ, the limit on the size of files")
+        self.assertRegex(reasons[1], "^error: extraction of (layer|paddef) failed: .*/extracta -k -c -m ")
+        self.assertRegex(reasons[2], "^error: createExtracta.* exited with .* exit code 153: 1$")
+        self.assertRegex(more, r"^1\d more lines: ")
+        self.environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = "/no/such/extracta"
+        run = self.run_("-z", "-cell", "design.mcm", "out.vlx", width=300)
+        self.assertEqual(run.end(), 1)
+        self.assertIn("cannot start /no/such/extracta: No such file or directory: there is no /no\n",
+                      run.text())
+
+    def test_answers_who_does_not_know_the_command_line(self):
+        usage = "Usage: VelExtracta "
+        for arguments, code, shown in (((), 1, usage), (("design.mcm",), 1, usage),
+                                       (("--help",), 0, usage), (("--version",), 0, "VelExtracta "),
+                                       (("-z", "design.mcm", "o.vlx", "-n", "GND"), 1,
+                                        "mcm file does not exist")):
+            run = self.run_(*arguments, width=200)
+            self.assertEqual(run.end(), code)
+            self.assertTrue(run.text().startswith(shown), run.text())
+            self.assertLessEqual(run.text().count("\n"), 25)
+            silent = subprocess.run([BIN / "VelExtracta", *arguments], text=True,
+                                    cwd=self.folder, env=self.environment, capture_output=True)
+            self.assertEqual(bool(silent.stdout), code == 0)
+            self.assertEqual(silent.stderr.startswith(shown), "GND" in arguments)
+        self.assertIn("`-n` stands behind the design: options come first", run.text())
+        self.environment["TKCORE_LOG"] = "full"
+        run = self.run_("-z", "-cell", "no.mcm", "out.vlx", width=200)
+        run.end()
+        self.assertIn("warning: TKCORE_LOG is not of the form LEVEL:FILE: full", run.text())
+
+    def test_is_suspended_and_goes_on_with_all_extractions(self):
+        count = self.directory / "count"
+        self.hold("layer", meanwhile=f"echo >> {count}; sleep 0.01")
+        shell = ["/bin/bash", "-m", "-c",
+                 '"$0" "$@"; echo suspended; read line; fg >/dev/null; echo', BIN / "VelExtracta"]
+        run = self.run_("-z", "-cell", "design.mcm", "out.vlx", program=shell, width=200)
+        run.shows(r"0/4  \d:\d\d  layer .*")
+        os.write(run.master, b"\x1a")
+        run.until(lambda: "suspended" in run.text())
+        self.assertNotIn("layer", run.text())
+        time.sleep(0.1)  # keepers suspend their extractions on their own
+        size = count.stat().st_size
+        time.sleep(0.3)
+        self.assertEqual(count.stat().st_size, size)
+        os.write(run.master, b"\n")
+        run.until(lambda: re.search(r"0/4  \d:\d\d  layer ", run.text()))
+        self.assertGreater(count.stat().st_size, 0)
+        self.letGo()
+        self.assertEqual(run.end(), 0)
+        self.assertRegex(run.text(), WRITTEN)
 
     def test_makes_room_for_the_log(self):
         self.environment["TKCORE_LOG"] = "1:/dev/stderr"
@@ -169,7 +236,7 @@ class StatusLine(unittest.TestCase):
         run.until(lambda: "waiting" in run.text())
         self.letGo()
         self.assertEqual(run.end(), 0)
-        *logged, outcome = run.text().split("\n")
+        *logged, outcome, summary = run.text().split("\n")
         self.assertGreater(len(logged), 40)
         for line in logged:
             self.assertRegex(line, r"^\d+\.\d{6} \S")
@@ -184,7 +251,12 @@ class StatusLine(unittest.TestCase):
             self.environment["TERM"] = terminal
             run = self.run_("-z", "-cell", "design.mcm", "no/out", program=command)
             run.end()
-            self.assertRegex(run.bytes.decode(), f"^{WRITTEN}\r\n{NOT_PACKED}\r\n$")
+            lines = f"{WRITTEN}\r\n{NOT_PACKED}\r\n"
+            if command is background:  # a terminal all the same
+                self.assertRegex(run.bytes.decode(), lines)
+                self.assertNotIn("layer", run.bytes.decode())
+            else:
+                self.assertRegex(run.bytes.decode(), f"^{lines}$")
         ended = subprocess.run([*program, "-z", "-cell", "design.mcm", "no/out"], text=True,
                                cwd=self.directory, env=self.environment, capture_output=True)
         self.assertRegex(ended.stdout + ended.stderr, f"^{WRITTEN}\n{NOT_PACKED}\n$")
@@ -193,14 +265,14 @@ class StatusLine(unittest.TestCase):
         self.environment["READ_IS_SLOW"] = ".txt"
         self.hold("conn0_*_CONDUCTOR_ETCH")
         run = self.run_("-z", "design.mcm", "out.vlx", width=200)
-        run.shows(r"22/23  conn0_\w+_CONDUCTOR_ETCH \d+:\d\d  [\d.]+ KiB")
+        run.shows(r"22/23  \d:\d\d  conn0_\w+~TOR_ETCH \d+:\d\d  [\d.]+ KiB written")
         self.letGo()
         size = r"[\d.]+ [KM]iB"
         progress = rf"\d+%  {size} of {size}  {size}/s  \d:\d\d left"
-        run.shows(rf"23/23  merging {progress}  {size}")
-        run.shows(rf"packing {progress}")
+        run.shows(rf"23/23  \d:\d\d  merging {progress}  {size} written")
+        run.shows(rf"packing \d+%  \d:\d\d  {progress.partition('  ')[2]}")
         self.assertEqual(run.end(), 0)
-        self.assertRegex(run.text(), f"^{WRITTEN}$")
+        self.assertRegex(run.text(), f"^{WRITTEN}{SUMMARY}$")
 
     def test_shows_warnings_but_nothing_that_a_terminal_obeys(self):
         self.hold("connremainder")
@@ -208,12 +280,9 @@ class StatusLine(unittest.TestCase):
                                    ("C.UTF-8", "\u6f22".encode() * 60, "(\u6f22 ?){9,}")):
             self.environment["LC_ALL"] = locale
             run = self.run_("-z", "-n", net, "design.mcm", "out.vlx", width=79)
-            run.shows(rf'\d+/\d+  remainder \d:\d\d  1 warning  the selected net "{shown}.*')
+            run.until(lambda: re.search("remainder", run.text()))
+            self.assertRegex(run.text(), f'^warning: the selected net "{shown}')
             self.assertNotRegex(run.bytes, rb"\x1b\[2J|\x07|\xff|\xc2\x9b")
-            self.assertEqual(run.mostRows, 1)
-        run = self.run_("-cell", "design.mcm", "no", width=100)
-        run.shows(r"0/4  layer \d:\d\d  1 warning  the views will not be moved: there is no folder "
-                  r"no  .*|" + WRITTEN + "\n" + NOT_PACKED)
 
     def test_is_rewritten_ten_times_a_second_at_most(self):
         self.hold("layer", meanwhile="printf '%0512d' 0 >> \"$6\"; sleep 0.01")

@@ -78,15 +78,23 @@ TEST_F(Surroundings, mayLackStreamsFoldersAndRights) {
         const char* logged;
     } cases[] = {
         {"exec \"$@\" >&- 2>&-", {"-z", "-cell", "design.mcm", "out.vlx"}, 0, ""},
-        {"umask 0777; exec \"$@\"", {"-z", "-cell", "design.mcm", "out.vlx"}, 1,
+        {"umask 0777; exec \"$@\"",
+         {"-z", "-cell", "design.mcm", "out.vlx"},
+         1,
          "cannot read the control file"},
         {"ulimit -s 80; exec \"$@\"", {"-z", "-cell", "design.mcm", "out.vlx"}, 0, ""},
         {"mkdir gone; cd gone; rmdir ../gone; exec \"$@\"",
-         {"-z", "-cell", design.string(), (directory / "out.vlx").string()}, 0, ""},
-        {"mkdir gone; cd gone; rmdir ../gone; exec \"$@\"", {"-cell", design.string(), "."}, 1,
+         {"-z", "-cell", design.string(), (directory / "out.vlx").string()},
+         0,
+         ""},
+        {"mkdir gone; cd gone; rmdir ../gone; exec \"$@\"",
+         {"-cell", design.string(), "."},
+         1,
          "ould not find working directory"},
         {"mkdir gone; cd gone; rmdir ../gone; exec \"$@\"",
-         {"-z", "-cell", design.string(), "out.vlx"}, 1, "the current directory is not there"},
+         {"-z", "-cell", design.string(), "out.vlx"},
+         1,
+         "the current directory is not there"},
     };
     for (const auto& [how, arguments, exitCode, logged] : cases) {
         SCOPED_TRACE(how);
@@ -127,8 +135,9 @@ TEST_F(Surroundings, mayInterruptACopyOfAnAddedFile) {
         writeFile(directory / older, kOlder);
     }
     const auto before = contents();
-    for (Strings arguments : {Strings{"-cell", "-add", "big,more", "design.mcm", "out"},
-                              Strings{"-z", "-cell", "-add", "big,more", "design.mcm", "out.vlx"}}) {
+    for (Strings arguments :
+         {Strings{"-cell", "-add", "big,more", "design.mcm", "out"},
+          Strings{"-z", "-cell", "-add", "big,more", "design.mcm", "out.vlx"}}) {
         const fs::path base = arguments.back() == "out" ? directory / "out" : directory.path();
         ProgramRun program(command(arguments));
         ASSERT_TRUE(eventually([&] {
@@ -146,10 +155,9 @@ TEST_F(Surroundings, mayInterruptACopyOfAnAddedFile) {
 }
 
 TEST_F(Surroundings, mayReadFromThePipeThatOneExtractorPrintsTo) {
-    environment["VELTAR_EXTRACTA_PATHOVERRIDE"] =
-        writeScript(tools / "reader",
-                    "cat /proc/self/fd/1 >/dev/null & yes | head -c 3000000\nkill $!\nexec " +
-                        std::string(EXTRACTA_STANDIN) + " \"$@\"\n");
+    environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = writeScript(
+        tools / "reader", "cat /proc/self/fd/1 >/dev/null & yes | head -c 3000000\nkill $!\nexec " +
+                              std::string(EXTRACTA_STANDIN) + " \"$@\"\n");
     EXPECT_EQ(run({"-z", "-cell", "design.mcm", "out.vlx"}).exitCode, 0);
 }
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tkcore/AString.h"
+
+namespace velextracta {
+
+/// What the program can be asked to do, in few enough lines for any terminal.
+std::string_view usage();
+
+/// The first lines of it: for whoever has given too few arguments.
+std::string_view shortUsage();
+
+/// The program's version, its libraries' and how it was built.
+std::string versionText();
+
+/// What to say of an option that stands where the design or the output is expected; empty if there
+/// is none.
+tkcore::AString misplacedOption(const tkcore::AString& design, const tkcore::AString& output);
+
+}  // namespace velextracta

@@ -199,6 +199,13 @@ std::vector<Fault::Row> Fault::rows() {
         // There is no working directory.
         {"baseNotWritable", movedTo("closed"), noDirectory, folder("closed", 0555)},
         {"baseWithoutFiles", movedTo("/proc"), noDirectory, nothing},
+        {"closedFolderOfTheDesign", Strings{"-z", "closed/design.mcm", "out.vlx"},
+         "Link the design from a folder of your own",
+         [=](Fault& fault) {
+             folder("closed")(fault);
+             fs::copy(fault.design, fault.directory / "closed/design.mcm");
+             fs::permissions(fault.directory / "closed", fs::perms{0555});
+         }},
         {"takenByAFolder", kDefault, noDirectory, runNamesTaken([](const fs::path& path) {
              fs::create_directory(path);
              writeFile(path / "layer.txt", "mine");
@@ -371,6 +378,15 @@ TEST_F(Fault, showsInTheArgumentsBeforeAnythingIsMade) {
         EXPECT_EQ(outcome.exitCode, 1);
         EXPECT_EQ(outcome.output, "");
         EXPECT_TRUE(std::regex_match(outcome.errors, missing)) << outcome.errors;
+    }
+    if (!kProgramsForWindows) {
+        EXPECT_NE(readFile(tools / "log").find(": No such file or directory"), std::string::npos);
+        fs::create_directory(directory / "closed");
+        fs::permissions(directory / "closed", fs::perms{});
+        run({"-z", "closed/design.mcm", "out.vlx"});
+        EXPECT_NE(readFile(tools / "log").find("closed/design.mcm: Permission denied"),
+                  std::string::npos);
+        fs::remove(directory / "closed");
     }
     for (const Strings& arguments : {Strings{}, Strings{"design.mcm"}}) {
         const Outcome outcome = run(arguments);

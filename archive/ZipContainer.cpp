@@ -45,7 +45,7 @@ tm_zip dosTime(std::time_t time) {
     if (local->tm_year > 207) {
         return kLast;
     }
-    const auto field = [](int value) { return static_cast<uInt>(value); };
+    const auto field = [](int value) { return static_cast<decltype(tm_zip::tm_sec)>(value); };
     return {field(local->tm_sec),  field(local->tm_min), field(local->tm_hour),
             field(local->tm_mday), field(local->tm_mon), field(local->tm_year + 1900)};
 }

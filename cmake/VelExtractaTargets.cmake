@@ -2,7 +2,7 @@
 
 add_library(velextracta_settings INTERFACE)
 target_compile_options(velextracta_settings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Werror
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
     # Reported for correct string concatenations by the compiler of Debian 12.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(VELEXTRACTA_SANITIZE)

@@ -4,7 +4,9 @@ add_library(velextracta_settings INTERFACE)
 target_compile_options(velextracta_settings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
     # Reported for correct string concatenations by the compiler of Debian 12.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # Reported by clang 19 inside the standard library of Debian 12, for a stable sort.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
 if(VELEXTRACTA_SANITIZE)
     target_compile_options(velextracta_settings INTERFACE
         -fsanitize=${VELEXTRACTA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer

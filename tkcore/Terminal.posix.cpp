@@ -14,6 +14,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <langinfo.h>
 #include <locale.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -28,6 +29,7 @@ namespace {
 constexpr unsigned kUsualColumns = 80;
 constexpr int kMillisecondsToErase = 1000;
 constexpr int kMillisecondsToPrint = 1000;
+constexpr std::string_view kUtf8 = "UTF-8";
 constexpr std::string_view kEraseLine = "\r\x1b[K";
 constexpr std::string_view kEraseBelow = "\r\x1b[J";
 
@@ -103,7 +105,9 @@ void eraseBeforeDeath() {
     }
 }
 
-/// The user's choice of characters, for as long as it lives: what the terminal is set to.
+/// The user's choice of characters, for as long as it lives: what the terminal is set to. Any other
+/// than UTF-8 needs a converter that the C library loads, and a static program crashes in that of
+/// another version.
 class UserLocale final {
 public:
     UserLocale() : previous(uselocale(locale())) {}
@@ -115,7 +119,8 @@ private:
     static locale_t locale() {
         static const locale_t kUsers = newlocale(LC_CTYPE_MASK, "", nullptr);
         static const locale_t kPlain = newlocale(LC_CTYPE_MASK, "C", nullptr);
-        return kUsers != nullptr ? kUsers : kPlain;
+        const bool isUtf8 = kUsers != nullptr && nl_langinfo_l(CODESET, kUsers) == kUtf8;
+        return isUtf8 ? kUsers : kPlain;
     }
 
     locale_t previous;

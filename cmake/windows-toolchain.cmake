@@ -18,4 +18,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # Windows 10 is the first whose narrow code page can be UTF-8.
 set(CMAKE_C_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# Without the time at which it was linked: the same source gives the same bytes.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")

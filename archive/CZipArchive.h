@@ -22,7 +22,7 @@ struct Piece;
 /// names the path it is about; a failure of AddNewFile() abandons the archive. A request to end
 /// the program makes AddNewFile() fail with tkcore::Interrupted.
 ///
-/// The format is minizip's, deflating libdeflate's, the look for the end of a piece zlib's. Used by
+/// Deflating is libdeflate's, the look for the end of a piece zlib's, the format our own. Used by
 /// the executor, one for each archive; owns the file that is not yet in place.
 ///
 /// A file is deflated in pieces, on as many threads as are asked for, the caller's included; the

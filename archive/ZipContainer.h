@@ -2,23 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
-#include <exception>
+#include <functional>
 #include <span>
 #include <string>
 
+#include "archive/ZipRecords.h"
 #include "tkcore/ReplacementFile.h"
 
 namespace velextracta {
-
-/// What the container says of an entry beside its bytes.
-struct ZipEntry {
-    std::string name;  // ends in "/" for a directory
-    std::time_t modificationTime = 0;
-    std::uint32_t permissions = 0;
-};
-
-enum class ZipMethod { kStored = 0, kDeflated = 8 };  // by the numbers of the format
 
 /// The zip format around the entries: headers, directory, the file they go to. Knows nothing of
 /// where entries come from. Owned by the CZipArchive that fills it. The file is at its path only
@@ -26,10 +17,6 @@ enum class ZipMethod { kStored = 0, kDeflated = 8 };  // by the numbers of the f
 class ZipContainer final {
 public:
     explicit ZipContainer(const tkcore::LongFileName& filePath);
-    ~ZipContainer();
-
-    ZipContainer(const ZipContainer&) = delete;
-    ZipContainer& operator=(const ZipContainer&) = delete;
 
     /// Begins an entry for at most mostSize bytes of an original, which come through write() in
     /// the form that the method says.
@@ -42,14 +29,13 @@ public:
     void finish(const std::function<void()>& beforeIt);
 
 private:
-    struct Callbacks;
+    void put(const std::string& record);
 
-    void check(int result);
-
-    std::string path;
     tkcore::ReplacementFile file;
-    std::exception_ptr failure;  // of the file, on its way through a library that has no exceptions
-    void* writer = nullptr;
+    ZipHeader header;              // of the entry that was begun
+    std::uint64_t firstByte = 0;   // of that entry, behind its header
+    std::uint64_t entryCount = 0;  // of those that have ended
+    std::string directory;         // of those, too
 };
 
 }  // namespace velextracta

@@ -11,7 +11,6 @@ endif()
 find_package(Boost 1.81 REQUIRED CONFIG COMPONENTS filesystem date_time thread)
 find_package(ZLIB REQUIRED)
 find_package(PkgConfig REQUIRED)
-pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
 pkg_check_modules(LIBDEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 # Debian's shared library deflates a sixth slower than its static one: as it was compiled, its
 # innermost loop keeps its place in memory, not in a register.

@@ -27,8 +27,6 @@ endfunction()
 
 velextracta_windows_library(Boost::filesystem boost_filesystem)
 velextracta_windows_library(Boost::thread boost_thread)
-velextracta_windows_library(PkgConfig::MINIZIP minizip ZLIB::ZLIB)
-target_include_directories(PkgConfig::MINIZIP SYSTEM INTERFACE ${windows_libraries}/include/minizip)
 velextracta_windows_library(PkgConfig::LIBDEFLATE deflate)
 velextracta_windows_library(PkgConfig::SQLITE3 sqlite3)
 

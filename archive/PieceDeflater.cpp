@@ -37,13 +37,12 @@ public:
 };
 
 /// Where the last block begins, in bits; none if there is no such block. Where one block ends and
-/// the next one begins can only be found by inflating.
-std::optional<std::size_t> findLastBlock(std::span<std::byte> deflated) {
+/// the next one begins can only be found by inflating, for which there must be room.
+std::optional<std::size_t> findLastBlock(std::span<std::byte> deflated, std::span<std::byte> room) {
     // The meaning of z_stream::data_type after a call with Z_BLOCK.
     constexpr unsigned kUnusedBits = 7;
     constexpr unsigned kInLastBlock = 64;
     constexpr unsigned kAtBlockEnd = 128;
-    constexpr std::size_t kBufferSize = std::size_t{32} << 10U;
 
     std::size_t begin = 0;
     if ((deflated.front() & kLastBlockMark) != std::byte{}) {
@@ -53,13 +52,9 @@ std::optional<std::size_t> findLastBlock(std::span<std::byte> deflated) {
     z_stream& stream = inflater.stream;
     stream.next_in = reinterpret_cast<Bytef*>(deflated.data());
     stream.avail_in = static_cast<uInt>(deflated.size());
-    for (;;) {
-        std::array<Bytef, kBufferSize> buffer;
-        stream.next_out = buffer.data();
-        stream.avail_out = kBufferSize;
-        if (inflate(&stream, Z_BLOCK) != Z_OK) {
-            return {};
-        }
+    stream.next_out = reinterpret_cast<Bytef*>(room.data());
+    stream.avail_out = static_cast<uInt>(room.size());
+    while (inflate(&stream, Z_BLOCK) == Z_OK) {
         const auto state = static_cast<unsigned>(stream.data_type);
         if ((state & kInLastBlock) != 0) {
             return begin;
@@ -68,6 +63,7 @@ std::optional<std::size_t> findLastBlock(std::span<std::byte> deflated) {
             begin = std::size_t{stream.total_in} * 8 - (state & kUnusedBits);
         }
     }
+    return {};
 }
 
 }  // namespace
@@ -81,7 +77,7 @@ PieceJoiner::PieceJoiner()
 }
 
 bool PieceJoiner::leaveOpen(std::vector<std::byte>& deflated, std::span<const std::byte> original) {
-    const auto lastBlock = deflated.empty() ? std::nullopt : findLastBlock(deflated);
+    const auto lastBlock = deflated.empty() ? std::nullopt : findLastBlock(deflated, inflated);
     if (!lastBlock) {
         return false;
     }

@@ -54,6 +54,10 @@ void CZipArchive::reportProgressTo(std::function<void(std::uint64_t)> listener) 
     progress = std::move(listener);
 }
 
+void CZipArchive::reportDoubtsTo(std::function<void(const std::string&)> listener) {
+    doubts = std::move(listener);
+}
+
 void CZipArchive::beforeDelivery(std::function<void()> lastLook) {
     delivery = std::move(lastLook);
 }
@@ -96,6 +100,7 @@ void CZipArchive::add(const tkcore::LongFileName& source, const std::string& pat
             entry.name += '/';
         }
         addFile(entry, original, level < 0 ? kLevelOfDefault : std::min(level, kHighestLevel));
+        doubt(path, original);
     } catch (const UnprovedPiece& failure) {
         container.reset();
         throw std::runtime_error("cannot pack " + path + ": " + failure.what());
@@ -155,6 +160,14 @@ void CZipArchive::addStored(const ZipEntry& entry, Original& original) {
         write(piece.room().first(size), size);
     }
     container->end(original.size(), original.checksum());
+}
+
+void CZipArchive::doubt(const std::string& path, const Original& original) const {
+    const std::uint64_t sizeBefore = original.file().size();
+    if (doubts && original.size() < sizeBefore) {
+        doubts(path + " has become shorter while it was packed: of " + std::to_string(sizeBefore) +
+               " bytes the archive holds " + std::to_string(original.size()));
+    }
 }
 
 void CZipArchive::write(std::span<const std::byte> bytes, std::size_t originalSize) {

@@ -44,6 +44,10 @@ public:
     /// last call. What it throws is a failure of AddNewFile().
     void reportProgressTo(std::function<void(std::uint64_t)> listener);
 
+    /// Called by AddNewFile() with what makes the archive doubtful although it is whole: a file
+    /// that has become shorter while it was packed.
+    void reportDoubtsTo(std::function<void(const std::string&)> listener);
+
     /// Called by Close() when the archive is complete, right before it takes its place: the last
     /// look at that. What it throws is a failure of Close(), and nothing is delivered.
     void beforeDelivery(std::function<void()> lastLook);
@@ -69,6 +73,7 @@ private:
     void addPieces(const ZipEntry& entry, ZipMethod method, Original& original, PieceLine& line,
                    const Piece* first);
     void addStored(const ZipEntry& entry, Original& original);
+    void doubt(const std::string& path, const Original& original) const;
     void write(std::span<const std::byte> bytes, std::size_t originalSize);
     /// To deflate with at this level; kept for as long as it stays the same.
     PieceTools& toolsFor(int level);
@@ -78,6 +83,7 @@ private:
     int toolsLevel = 0;
     std::unique_ptr<PieceTools> tools;
     std::function<void(std::uint64_t)> progress;
+    std::function<void(const std::string&)> doubts;
     std::function<void()> delivery = [] {};
     std::optional<ZipContainer> container;
 };

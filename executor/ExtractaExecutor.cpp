@@ -46,6 +46,7 @@ void pack(const std::vector<LongFileName>& files, CZipArchive& archive, RunObser
     const std::uint64_t all = totalSize(files);
     std::uint64_t packed = 0;
     archive.reportProgressTo([&](std::uint64_t bytes) { observer.packed(packed += bytes, all); });
+    archive.reportDoubtsTo([&](const std::string& doubt) { warn(observer, doubt); });
     for (const LongFileName& file : files) {
         archive.AddNewFile(file, CZipArchive::kDefaultLevel, true, CZipArchive::kSafeSmartness,
                            kReadBufferSize);

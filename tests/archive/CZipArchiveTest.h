@@ -26,6 +26,7 @@ protected:
               const std::function<void(std::uint64_t)>& listener = {}) {
         CZipArchive zip(threads);
         zip.reportProgressTo(listener);
+        zip.reportDoubtsTo([this](const std::string& doubt) { doubts.push_back(doubt); });
         zip.Open(output.string(), CZipArchive::kCreate, 0);
         for (const fs::path& path : paths) {
             zip.AddNewFile(path.string(), level, true, CZipArchive::kSafeSmartness, 65536);
@@ -42,6 +43,7 @@ protected:
         return littleEndian(zip, zip.find("PK\x01\x02") + offset, bytes);
     }
 
+    std::vector<std::string> doubts;
     TemporaryDirectory folder;
     const fs::path output = folder / "out.vlx";
     const fs::path input = folder / "view.txt";

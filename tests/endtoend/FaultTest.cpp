@@ -166,6 +166,8 @@ std::vector<Fault::Row> Fault::rows() {
         {"pieceReadError", kDefault, "CONDUCTOR_ETCH.txt" + notRead,
          readFails("/conn0_GND_CONDUCTOR_ETCH.txt")},
         {"viewReadError", kDefault, "layer.txt" + notRead, readFails("/layer.txt"), 1, kNotPacked},
+        {"viewCutOff", kCell, "layer.txt has become shorter while it was packed: of ",
+         [](Fault& fault) { fault.failCalls("READ_ENDS", "/layer.txt"); }, 0, "", "out.vlx"},
         {"surveyIsAFifo", kDefault, "which is neither a file nor a directory",
          writesFifo("connnets")},
         {"pieceIsAFifo", kDefault, "MP failed to open file ", writesFifo("conn1")},

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tkcore/Assertion.h"
+#include "tkcore/report/Assertion.h"
 
 namespace velextracta {
 

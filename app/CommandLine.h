@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tkcore/AString.h"
+#include "tkcore/text/AString.h"
 
 namespace velextracta {
 

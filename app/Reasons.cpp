@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "tkcore/AString.h"
-#include "tkcore/Log.h"
-#include "tkcore/Terminal.h"
+#include "tkcore/report/Log.h"
+#include "tkcore/report/Terminal.h"
+#include "tkcore/text/AString.h"
 
 namespace velextracta {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "tkcore/Log.h"
-#include "tkcore/PathStatus.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/report/Log.h"
 
 namespace velextracta {
 

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "app/StatusText.h"
-#include "tkcore/AString.h"
-#include "tkcore/LongFileName.h"
-#include "tkcore/Terminal.h"
-#include "views/RunObserver.h"
+#include "process/RunObserver.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/report/Terminal.h"
+#include "tkcore/text/AString.h"
 
 namespace velextracta {
 

@@ -50,8 +50,8 @@ std::string_view shortUsage() {
 std::string versionText() {
     std::string boost = BOOST_LIB_VERSION;
     std::ranges::replace(boost, '_', '.');
-    return "VelExtracta " VELEXTRACTA_VERSION ", " VELEXTRACTA_BUILD " build\nBoost " + boost + ", " +
-           archiveLibraries() + "\n";
+    return "VelExtracta " VELEXTRACTA_VERSION ", " VELEXTRACTA_BUILD " build\nBoost " + boost +
+           ", " + archiveLibraries() + "\n";
 }
 
 AString misplacedOption(const AString& design, const AString& output) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "tkcore/AString.h"
+#include "tkcore/text/AString.h"
 
 namespace velextracta {
 

@@ -5,11 +5,11 @@
 #include <stdexcept>
 #include <utility>
 
-#include "archive/EntryName.h"
-#include "archive/Original.h"
-#include "archive/PieceDeflater.h"
-#include "archive/PieceLine.h"
-#include "tkcore/Interruption.h"
+#include "archive/inside/EntryName.h"
+#include "archive/inside/Original.h"
+#include "archive/inside/PieceDeflater.h"
+#include "archive/inside/PieceLine.h"
+#include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 

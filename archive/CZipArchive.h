@@ -8,8 +8,8 @@
 #include <span>
 #include <string>
 
-#include "archive/ZipContainer.h"
-#include "tkcore/System.h"
+#include "archive/inside/ZipContainer.h"
+#include "tkcore/system/System.h"
 
 namespace velextracta {
 

@@ -24,11 +24,11 @@
 #include <sys/resource.h>
 
 #include "archive/CZipArchive.h"
-#include "executor/ConnectivityMerge.h"
-#include "executor/NetRanking.h"
+#include "executor/inside/ConnectivityMerge.h"
+#include "executor/inside/NetRanking.h"
 #include "process/ExtractaViewGenerator.h"
 #include "reader/ViewFile.h"
-#include "tkcore/System.h"
+#include "tkcore/system/System.h"
 #include "views/ExtractaViewControl.h"
 
 namespace {

@@ -9,14 +9,14 @@
 #include <system_error>
 
 #include "archive/CZipArchive.h"
-#include "executor/Packaging.h"
-#include "executor/Warnings.h"
+#include "executor/inside/Packaging.h"
+#include "executor/inside/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
-#include "tkcore/Assertion.h"
-#include "tkcore/ExtractaParserException.h"
-#include "tkcore/Interruption.h"
-#include "tkcore/Log.h"
-#include "tkcore/PathStatus.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/report/Assertion.h"
+#include "tkcore/report/ExtractaParserException.h"
+#include "tkcore/report/Log.h"
+#include "tkcore/system/Interruption.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {

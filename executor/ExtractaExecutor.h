@@ -4,11 +4,11 @@
 #include <string_view>
 #include <vector>
 
-#include "executor/WorkingDirectory.h"
-#include "tkcore/AString.h"
-#include "tkcore/LongFileName.h"
+#include "executor/inside/WorkingDirectory.h"
+#include "process/RunObserver.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/text/AString.h"
 #include "views/ActiveView.h"
-#include "views/RunObserver.h"
 #include "views/ViewType.h"
 
 namespace velextracta {

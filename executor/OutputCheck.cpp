@@ -6,11 +6,11 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "executor/Packaging.h"
-#include "executor/Warnings.h"
-#include "tkcore/PathStatus.h"
-#include "tkcore/ReplacementFile.h"
-#include "tkcore/ReplacementTarget.h"
+#include "executor/inside/Packaging.h"
+#include "executor/inside/Warnings.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/files/ReplacementFile.h"
+#include "tkcore/files/ReplacementTarget.h"
 
 namespace velextracta {
 

@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "tkcore/AString.h"
-#include "tkcore/LongFileName.h"
-#include "views/RunObserver.h"
+#include "process/RunObserver.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/text/AString.h"
 
 // Looks at the output before the first extraction, which may take hours: what is certain to fail
 // at the end is a warning at the start. The run goes on all the same. What is found wrong here may

@@ -14,14 +14,14 @@
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
-#include "executor/ConnectivityMerge.h"
 #include "executor/ExtractaExecutor.h"
-#include "executor/NetRanking.h"
-#include "executor/Warnings.h"
+#include "executor/inside/ConnectivityMerge.h"
+#include "executor/inside/NetRanking.h"
+#include "executor/inside/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
 #include "reader/ViewFile.h"
-#include "tkcore/Log.h"
-#include "tkcore/PathStatus.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/report/Log.h"
 #include "views/ExtractaViewControl.h"
 #include "views/ExtractaViewDef.h"
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "executor/NetRanking.h"
+#include "executor/inside/NetRanking.h"
 #include "fuzz/Fuzzer.h"
 #include "reader/ViewFile.h"
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 using namespace velextracta;
 

@@ -5,12 +5,12 @@
 #include <string>
 #include <utility>
 
-#include "tkcore/ChildWatch.h"
-#include "tkcore/ExtractaParserException.h"
-#include "tkcore/Interruption.h"
-#include "tkcore/Log.h"
-#include "tkcore/ProgramFailure.h"
-#include "tkcore/System.h"
+#include "tkcore/programs/ChildWatch.h"
+#include "tkcore/programs/ProgramFailure.h"
+#include "tkcore/report/ExtractaParserException.h"
+#include "tkcore/report/Log.h"
+#include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
 
 namespace velextracta {
 

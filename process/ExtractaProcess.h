@@ -2,10 +2,10 @@
 
 #include <vector>
 
-#include "tkcore/AString.h"
-#include "tkcore/ChildProgram.h"
-#include "tkcore/LongFileName.h"
-#include "views/RunObserver.h"
+#include "process/RunObserver.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/programs/ChildProgram.h"
+#include "tkcore/text/AString.h"
 
 // How extracta is called and what its end means. Used by the generators, and by whoever runs one
 // extracta alone; every failure is an ExtractaParserException.

@@ -6,9 +6,9 @@
 #include <system_error>
 
 #include "process/ExtractaProcess.h"
-#include "tkcore/ExtractaParserException.h"
-#include "tkcore/Log.h"
-#include "tkcore/PathStatus.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/report/ExtractaParserException.h"
+#include "tkcore/report/Log.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {

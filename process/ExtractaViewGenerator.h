@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "process/GeneratorPool.h"
-#include "tkcore/AString.h"
-#include "tkcore/ChildProgram.h"
-#include "tkcore/LongFileName.h"
-#include "tkcore/System.h"
+#include "process/inside/GeneratorPool.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/programs/ChildProgram.h"
+#include "tkcore/system/System.h"
+#include "tkcore/text/AString.h"
 #include "views/ActiveView.h"
 #include "views/ExtractaViewDef.h"
 

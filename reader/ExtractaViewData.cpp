@@ -1,6 +1,6 @@
 #include "reader/ExtractaViewData.h"
 
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 namespace velextracta {
 

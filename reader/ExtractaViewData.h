@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "reader/FieldList.h"
+#include "reader/inside/FieldList.h"
 
 namespace velextracta {
 

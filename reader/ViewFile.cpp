@@ -2,10 +2,10 @@
 
 #include <system_error>
 
-#include "reader/ExtractaViewGrammar.h"
-#include "tkcore/ExtractaParserException.h"
-#include "tkcore/InputFile.h"
-#include "tkcore/Log.h"
+#include "reader/inside/ExtractaViewGrammar.h"
+#include "tkcore/files/InputFile.h"
+#include "tkcore/report/ExtractaParserException.h"
+#include "tkcore/report/Log.h"
 
 namespace velextracta {
 

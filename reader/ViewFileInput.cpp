@@ -4,7 +4,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "tkcore/Interruption.h"
+#include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 

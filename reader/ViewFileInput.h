@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tkcore/InputFile.h"
+#include "tkcore/files/InputFile.h"
 
 namespace velextracta {
 

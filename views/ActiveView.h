@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tkcore/AString.h"
+#include "tkcore/text/AString.h"
 #include "views/ViewType.h"
 
 namespace velextracta {

@@ -6,7 +6,7 @@
 #include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/replace.hpp>
 
-#include "tkcore/OutputFile.h"
+#include "tkcore/files/OutputFile.h"
 
 namespace velextracta {
 

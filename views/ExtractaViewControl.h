@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tkcore/AString.h"
-#include "tkcore/LongFileName.h"
+#include "tkcore/files/LongFileName.h"
+#include "tkcore/text/AString.h"
 #include "views/ActiveView.h"
 #include "views/ExtractaViewDef.h"
 #include "views/ViewType.h"

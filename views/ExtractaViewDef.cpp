@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-#include "tkcore/Assertion.h"
-#include "views/ViewCatalogue.h"
+#include "tkcore/report/Assertion.h"
+#include "views/inside/ViewCatalogue.h"
 
 namespace velextracta {
 

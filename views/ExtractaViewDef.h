@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tkcore/AString.h"
+#include "tkcore/text/AString.h"
 #include "views/ViewType.h"
 
 namespace velextracta {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "tkcore/AString.h"
-#include "tkcore/EnumSet.h"
+#include "tkcore/text/AString.h"
+#include "views/EnumSet.h"
 
 namespace velextracta {
 
@@ -25,7 +25,7 @@ enum class ViewType : std::int32_t {
 
 inline constexpr unsigned kViewTypeCount = static_cast<unsigned>(ViewType::logicalpin) + 1;
 
-using ViewSet = tkcore::EnumSet<ViewType, kViewTypeCount>;
+using ViewSet = EnumSet<ViewType, kViewTypeCount>;
 
 /// The default selection: all views but the two of the cell selection.
 inline constexpr ViewSet kStandardViews{0xFCF};

@@ -11,7 +11,7 @@
 #include <utime.h>
 
 #include "support/TestSystem.h"
-#include "tkcore/Interruption.h"
+#include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 namespace {

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "archive/CZipArchive.h"
-#include "archive/Piece.h"
+#include "archive/inside/Piece.h"
 #include "support/Archive.h"
 #include "support/Contents.h"
 #include "support/TemporaryDirectory.h"

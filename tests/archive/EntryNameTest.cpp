@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "archive/EntryName.h"
+#include "archive/inside/EntryName.h"
 #include "support/TestSystem.h"
 
 namespace velextracta {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <libdeflate.h>
 
-#include "archive/PieceDeflater.h"
+#include "archive/inside/PieceDeflater.h"
 #include "support/Contents.h"
 
 namespace velextracta {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "archive/PieceLine.h"
+#include "archive/inside/PieceLine.h"
 #include "support/Processes.h"
 
 namespace velextracta {

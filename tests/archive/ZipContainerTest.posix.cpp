@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 #include <libdeflate.h>
 
-#include "archive/PieceDeflater.h"
-#include "archive/ZipContainer.h"
+#include "archive/inside/PieceDeflater.h"
+#include "archive/inside/ZipContainer.h"
 #include "support/ProgramRun.h"
 #include "support/TemporaryDirectory.h"
 

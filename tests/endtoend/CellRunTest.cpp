@@ -1,7 +1,7 @@
 #include <ctime>
 #include <regex>
 
-#include "archive/Piece.h"
+#include "archive/inside/Piece.h"
 #include "endtoend/EndToEnd.h"
 #include "support/Contents.h"
 

@@ -4,10 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "executor/ConnectivityMerge.h"
+#include "executor/inside/ConnectivityMerge.h"
 #include "support/TemporaryDirectory.h"
 #include "support/TestSystem.h"
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 namespace {
 

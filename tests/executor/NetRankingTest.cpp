@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "executor/NetRanking.h"
+#include "executor/inside/NetRanking.h"
 #include "reader/ViewFile.h"
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 namespace velextracta {
 namespace {

@@ -7,7 +7,7 @@
 #include "support/Processes.h"
 #include "support/TemporaryDirectory.h"
 #include "support/WriteProgram.h"
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 namespace velextracta {
 namespace {

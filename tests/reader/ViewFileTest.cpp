@@ -4,7 +4,7 @@
 
 #include "reader/ViewFile.h"
 #include "support/TemporaryDirectory.h"
-#include "tkcore/ExtractaParserException.h"
+#include "tkcore/report/ExtractaParserException.h"
 
 namespace velextracta {
 namespace {

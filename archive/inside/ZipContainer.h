@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "archive/inside/ZipRecords.h"
+#include "tkcore/files/ReplacementFile.h"
+
+namespace velextracta {
+
+/// The zip format around the entries: headers, directory, the file they go to. Knows nothing of
+/// where entries come from. Owned by the CZipArchive that fills it. The file is at its path only
+/// after finish(). Every failure is thrown; the container is of no use after one.
+class ZipContainer final {
+public:
+    explicit ZipContainer(const tkcore::LongFileName& filePath);
+
+    /// Begins an entry for at most mostSize bytes of an original, which come through write() in
+    /// the form that the method says.
+    void begin(const ZipEntry& entry, ZipMethod method, std::uint64_t mostSize);
+    void write(std::span<const std::byte> bytes);
+    /// Size and CRC-32 are those of the original.
+    void end(std::uint64_t size, std::uint32_t checksum);
+
+    /// The archive is complete: it goes to its path. The action is called right before that.
+    void finish(const std::function<void()>& beforeIt);
+
+private:
+    void put(const std::string& record);
+
+    tkcore::ReplacementFile file;
+    ZipHeader header;              // of the entry that was begun
+    std::uint64_t firstByte = 0;   // of that entry, behind its header
+    std::uint64_t entryCount = 0;  // of those that have ended
+    std::string directory;         // of those, too
+};
+
+}  // namespace velextracta

@@ -1,0 +1,87 @@
+#include "executor/inside/Packaging.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "tkcore/files/FileCopy.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/report/Log.h"
+#include "tkcore/system/Interruption.h"
+
+namespace velextracta {
+
+using tkcore::AString;
+using tkcore::LongFileName;
+using tkcore::VEL_ANSI;
+
+namespace {
+
+bool isNamedLikeADesign(const LongFileName& path) {
+    static const AString kEnding(".mcm");
+    const std::wstring& name = path.FilePath().wide();
+    const std::size_t start = name.size() - std::min(name.size(), kEnding.wide().size());
+    return AString(name.substr(start)).MatchNoCase(kEnding);
+}
+
+[[noreturn]] void refuse(const char* reason, const LongFileName& path) {
+    throw std::system_error(std::make_error_code(std::errc::operation_not_permitted),
+                            reason + VEL_ANSI(path));
+}
+
+}  // namespace
+
+std::vector<LongFileName> entriesWithExtension(const WorkingDirectory& directory,
+                                               const AString& extension) {
+    // Listed before any is moved: a listing of a directory that changes may skip entries.
+    std::vector<LongFileName> entries = directory.contents();
+    std::erase_if(entries, [&](const LongFileName& entry) {
+        return !extension.empty() && !entry.extension().Match(extension);
+    });
+    return entries;
+}
+
+void refuseDesign(const LongFileName& target, const LongFileName& design) {
+    if (!tkcore::isThere(target)) {
+        return;
+    }
+    if (tkcore::isSameFile(target, design) ||
+        (!tkcore::isDirectory(target) &&
+         (isNamedLikeADesign(target) || isNamedLikeADesign(tkcore::followLinks(target))))) {
+        refuse("a design is never replaced: ", target);
+    }
+}
+
+void refuseInside(const LongFileName& directory, const LongFileName& file) {
+    for (LongFileName folder = tkcore::followLinks(file).folder();; folder = folder.in("..")) {
+        if (tkcore::isSameFile(folder, directory)) {
+            refuse("nothing lasts in the working directory: ", file);
+        }
+        if (!tkcore::isThere(folder) || tkcore::isSameFile(folder, folder.in(".."))) {
+            return;
+        }
+    }
+}
+
+void moveEntries(const std::vector<LongFileName>& entries, const LongFileName& folder,
+                 const LongFileName& design) {
+    for (const LongFileName& entry : entries) {
+        refuseDesign(folder.in(entry.name()), design);
+    }
+    tkcore::passPointOfNoReturn();
+    for (const LongFileName& entry : entries) {
+        tkcore::moveFile(entry, folder.in(entry.name()));
+    }
+}
+
+void copyFiles(const std::vector<AString>& files, const LongFileName& directory) {
+    for (const AString& text : files) {
+        const LongFileName file(text);
+        if (tkcore::isThere(file)) {
+            tkcore::copyToNewFile(file, directory.in(file.name()));
+        } else {
+            tkcore::VelDebug(0, "warning: there is no file %s to add", text);
+        }
+    }
+}
+
+}  // namespace velextracta

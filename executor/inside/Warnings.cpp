@@ -1,0 +1,36 @@
+#include "executor/inside/Warnings.h"
+
+#include <string>
+
+#include "reader/ViewFileInput.h"
+#include "tkcore/report/Log.h"
+
+namespace velextracta {
+
+using tkcore::AString;
+
+void warn(RunObserver& observer, const AString& text) {
+    tkcore::VelDebug(0, "warning: %s", text);
+    observer.warned(text);
+}
+
+void warnAboutNames(RunObserver& observer, const std::vector<AString>& nets) {
+    for (const AString& net : nets) {
+        if (net.wide().starts_with(L' ') || net.wide().ends_with(L' ')) {
+            warn(observer, "the selected net \"" + net + "\" has a blank at an end of its name");
+        }
+        if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
+            warn(observer, "the selected net \"" + net + "\" has a line break in its name");
+        }
+    }
+}
+
+void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file) {
+    const std::string doubt = doubtAboutViewFile(file);
+    if (!doubt.empty()) {
+        warn(observer, "the view " + ViewTypeName(viewType) + " is doubtful: " + file.FilePath() +
+                           ": " + doubt);
+    }
+}
+
+}  // namespace velextracta

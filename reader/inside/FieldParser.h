@@ -1,0 +1,73 @@
+#pragma once
+
+#include <iterator>
+#include <string_view>
+#include <type_traits>
+
+#include <boost/spirit/include/qi.hpp>
+
+#include "reader/inside/FieldList.h"
+
+namespace velextracta {
+
+/// The terminal `fieldText` of the view file grammar: *((char_ - "\r\n") - '!'), taken in one go.
+/// Searching for the end of a field is several times faster than asking at each byte whether it
+/// is the last. Its attribute is a view of the text that is parsed.
+BOOST_SPIRIT_TERMINAL(fieldText)
+
+struct FieldParser : boost::spirit::qi::primitive_parser<FieldParser> {
+    template <typename Context, typename Iterator>
+    struct attribute {
+        using type = std::string_view;
+    };
+
+    /// Always succeeds: a field may be empty.
+    template <typename Iterator, typename Context, typename Skipper, typename Attribute>
+    bool parse(Iterator& first, const Iterator& last, Context&, const Skipper&,
+               Attribute& result) const {
+        std::string_view text(first, last);
+        text = text.substr(0, text.find('!'));
+        text = text.substr(0, text.find("\r\n"));
+        first += static_cast<std::iter_difference_t<Iterator>>(text.size());
+        if constexpr (!std::is_same_v<Attribute, const boost::spirit::unused_type>) {
+            result = text;
+        }
+        return true;
+    }
+
+    template <typename Context>
+    boost::spirit::info what(Context&) const {
+        return boost::spirit::info("field text");
+    }
+};
+
+}  // namespace velextracta
+
+namespace boost::spirit {
+
+template <>
+struct use_terminal<qi::domain, velextracta::tag::fieldText> : mpl::true_ {};
+
+namespace qi {
+
+template <typename Modifiers>
+struct make_primitive<velextracta::tag::fieldText, Modifiers> {
+    using result_type = velextracta::FieldParser;
+    result_type operator()(unused_type, unused_type) const { return {}; }
+};
+
+}  // namespace qi
+
+// A list of texts keeps them packed, so it is given a view of each and no string in between.
+namespace traits {
+
+template <>
+struct push_back_container<velextracta::FieldList, std::string_view> {
+    static bool call(velextracta::FieldList& fields, std::string_view text) {
+        fields.push_back(text);
+        return true;
+    }
+};
+
+}  // namespace traits
+}  // namespace boost::spirit

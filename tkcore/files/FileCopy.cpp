@@ -1,0 +1,29 @@
+#include "tkcore/files/FileCopy.h"
+
+#include <cstddef>
+#include <system_error>
+#include <vector>
+
+#include "tkcore/files/InputFile.h"
+#include "tkcore/files/OutputFile.h"
+#include "tkcore/system/Interruption.h"
+
+namespace tkcore {
+
+void copyToNewFile(const LongFileName& source, const LongFileName& target) {
+    constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
+    InputFile input(source);
+    if (input.isDirectory()) {
+        throw std::system_error(std::make_error_code(std::errc::is_a_directory),
+                                "cannot copy " + VEL_ANSI(source));
+    }
+    OutputFile output(target, OutputFile::IfThere::kFail, input.permissions());
+    std::vector<char> buffer(kBufferSize);
+    for (std::size_t count = buffer.size(); count == buffer.size();) {
+        throwIfInterrupted();
+        count = input.read(buffer.data(), buffer.size());
+        output.write({buffer.data(), count});
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,35 @@
+#include "tkcore/files/FileCopy.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "tkcore/files/inside/OpenFolder.posix.h"
+
+namespace tkcore {
+
+void moveFile(const LongFileName& source, const LongFileName& target) {
+    const PlaceOfFile from = placeOf(source);
+    const PlaceOfFile to = placeOf(target);
+    const auto isMoved = [&] {
+        return renameat(from.folder, from.name(), to.folder, to.name()) == 0;
+    };
+    if (isMoved()) {
+        return;
+    }
+    // A directory takes no file's place by itself, nor a file that of a directory, which must be
+    // empty.
+    const int error = errno;
+    const bool isOutOfTheWay =
+        (error == EISDIR && unlinkat(to.folder, to.name(), AT_REMOVEDIR) == 0) ||
+        (error == ENOTDIR && unlinkat(to.folder, to.name(), 0) == 0);
+    if (!isOutOfTheWay || !isMoved()) {
+        throw std::system_error(error, std::generic_category(),
+                                "cannot move " + VEL_ANSI(source) + " to " + VEL_ANSI(target));
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+
+#include "tkcore/files/LongFileName.h"
+
+namespace tkcore {
+
+/// An existing file or directory opened for reading, with what was known of it at that moment. The
+/// one way in which a path of a user or an extractor is opened; belongs to whoever reads it.
+/// Anything else (a pipe, a device, a socket) is refused, without waiting for its other end.
+/// Every failure is a std::system_error that names the path.
+class InputFile final {
+public:
+    explicit InputFile(const LongFileName& filePath);
+    ~InputFile();
+
+    [[nodiscard]] bool isDirectory() const noexcept { return directory; }
+    /// In bytes; 0 for a directory.
+    [[nodiscard]] std::uint64_t size() const noexcept { return bytes; }
+    /// In seconds since 1970, UTC.
+    [[nodiscard]] std::time_t modificationTime() const noexcept { return modified; }
+    /// The twelve permission bits.
+    [[nodiscard]] std::uint32_t permissions() const noexcept { return permissionBits; }
+
+    /// Both read on from where the last read ended: as many bytes as asked for unless the file ends
+    /// before, and as many as the system gives at once, none only at the file's end.
+    std::size_t read(void* destination, std::size_t size);
+    std::size_t readSome(void* destination, std::size_t size);
+    /// The next read begins at the start again.
+    void rewind();
+
+private:
+    struct OpenFile;
+
+    LongFileName path;
+    std::unique_ptr<OpenFile> file;
+    bool directory = false;
+    std::uint64_t bytes = 0;
+    std::time_t modified = 0;
+    std::uint32_t permissionBits = 0;
+};
+
+}  // namespace tkcore

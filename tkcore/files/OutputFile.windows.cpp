@@ -1,0 +1,59 @@
+#include "tkcore/files/OutputFile.h"
+
+#include <algorithm>
+
+#include "tkcore/files/NativePath.windows.h"
+#include "tkcore/system/Handle.windows.h"
+#include "tkcore/system/SystemError.windows.h"
+
+namespace tkcore {
+
+namespace {
+
+constexpr std::uint32_t kAnyWrite = 0222;
+
+}  // namespace
+
+struct OutputFile::OpenFile final {
+    Handle handle;
+};
+
+OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint32_t permissions)
+    : path(filePath), file(std::make_unique<OpenFile>()) {
+    // The right to append alone makes each write go to the end of the file at that moment.
+    const bool appends = ifThere == IfThere::kAppend;
+    const DWORD access = appends ? FILE_APPEND_DATA | SYNCHRONIZE : GENERIC_WRITE;
+    const DWORD sharing =
+        FILE_SHARE_READ | (appends ? FILE_SHARE_WRITE | FILE_SHARE_DELETE : DWORD{0});
+    const DWORD attributes =
+        (permissions & kAnyWrite) == 0 ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
+    const std::wstring native = nativePath(path, "create");
+    if (ifThere == IfThere::kReplace) {
+        DeleteFileW(native.c_str());
+    }
+    file->handle = Handle(CreateFileW(native.c_str(), access, sharing, nullptr,
+                                      appends ? OPEN_ALWAYS : CREATE_NEW, attributes, nullptr));
+    const DWORD error = GetLastError();
+    if (!file->handle) {
+        throwSystemError(error, "cannot create " + VEL_ANSI(path));
+    }
+}
+
+OutputFile::~OutputFile() = default;
+
+OutputFile::OutputFile(OutputFile&&) noexcept = default;
+
+void OutputFile::write(std::span<const char> bytes) {
+    constexpr std::size_t kMostAtOnce = std::size_t{1} << 30U;  // the system counts in 32 bits
+    while (!bytes.empty()) {
+        DWORD count = 0;
+        if (WriteFile(file->handle.get(), bytes.data(),
+                      static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce)), &count,
+                      nullptr) == 0) {
+            throwSystemError(GetLastError(), "cannot write " + VEL_ANSI(path));
+        }
+        bytes = bytes.subspan(count);
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,109 @@
+#include "tkcore/files/Path.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include <boost/filesystem.hpp>
+#include <windows.h>
+
+#include "tkcore/files/NativePath.windows.h"
+#include "tkcore/system/SystemError.windows.h"
+
+namespace tkcore {
+
+namespace fs = boost::filesystem;
+
+namespace {
+
+constexpr std::wstring_view kExtended = L"\\\\?\\";
+constexpr std::wstring_view kExtendedShare = L"\\\\?\\UNC\\";
+
+bool isSeparator(wchar_t character) {
+    return character == L'\\' || character == L'/';
+}
+
+/// Begins with two separators, "?" or ".", and another: such a path is taken as it is.
+bool isDevicePath(std::wstring_view path) {
+    return path.size() >= 4 && isSeparator(path[0]) && isSeparator(path[1]) &&
+           (path[2] == L'?' || path[2] == L'.') && isSeparator(path[3]);
+}
+
+}  // namespace
+
+std::wstring fullPath(const std::wstring& path) {
+    std::wstring full(path.size() + MAX_PATH, L'\0');
+    DWORD size =
+        GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    if (size >= full.size()) {
+        full.resize(size);
+        size = GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
+    }
+    full.resize(size);
+    return full;
+}
+
+std::wstring withoutLimit(const std::wstring& path) {
+    // Room for a name behind a folder: the system's limit on folders is the lower one.
+    constexpr std::size_t kMostAsItIs = 240;
+    if (path.empty() || isDevicePath(path) || isReserved(path)) {
+        return path;
+    }
+    const std::wstring full = fullPath(path);
+    if (full.size() <= kMostAsItIs) {
+        return path;
+    }
+    return full.starts_with(L"\\\\") ? std::wstring(kExtendedShare) + full.substr(2)
+                                     : std::wstring(kExtended) + full;
+}
+
+std::wstring withLimit(const std::wstring& path) {
+    if (path.starts_with(kExtendedShare)) {
+        return L"\\\\" + path.substr(kExtendedShare.size());
+    }
+    // Only what begins with a drive is the same path without: that of a volume is none then.
+    const std::size_t colon = kExtended.size() + 1;
+    return path.starts_with(kExtended) && path.size() > colon && path[colon] == L':'
+               ? path.substr(kExtended.size())
+               : path;
+}
+
+std::wstring nativePath(const LongFileName& path, const char* action) {
+    const std::wstring& wide = path.FilePath().wide();
+    if (isReserved(wide)) {
+        throwSystemError(ERROR_INVALID_NAME, std::string("cannot ") + action + " " +
+                                                 VEL_ANSI(path) +
+                                                 ", a name that the system keeps for itself");
+    }
+    return withoutLimit(wide);
+}
+
+fs::path toPath(const AString& text) {
+    return {withoutLimit(text.wide())};
+}
+
+AString pathText(const fs::path& path) {
+    return withLimit(path.native());
+}
+
+std::optional<AString> absoluteText(const AString& text) {
+    const fs::path given(text.wide());
+    if (given.is_absolute() || isDevicePath(text.wide())) {
+        // What is put behind it may hold slashes, which the form without limit takes for letters.
+        return withLimit(text.wide());
+    }
+    // "\name" and "X:name" lean on the current drive, and on the current directory of a drive.
+    if (given.has_root_path()) {
+        return fullPath(text.wide());
+    }
+    boost::system::error_code error;
+    const fs::path here = fs::current_path(error);
+    return error ? std::nullopt : std::optional(AString(withLimit((here / given).native())));
+}
+
+std::string portablePath(std::string path) {
+    path = narrow(withLimit(widen(path)));
+    std::ranges::replace(path, '\\', '/');
+    return path;
+}
+
+}  // namespace tkcore

@@ -1,0 +1,111 @@
+#include "tkcore/files/PrivateDirectory.h"
+
+#include <system_error>
+
+#include <boost/filesystem.hpp>
+
+#include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/Path.h"
+#include "tkcore/files/inside/OpenFolder.windows.h"
+#include "tkcore/files/inside/TreeRemoval.h"
+#include "tkcore/system/System.h"
+#include "tkcore/system/SystemError.windows.h"
+
+namespace tkcore {
+
+namespace fs = boost::filesystem;
+
+namespace {
+
+Handle openFolder(const std::wstring& path) {
+    // The right to list, without letting others delete or rename it.
+    return Handle(CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                              nullptr, OPEN_EXISTING,
+                              FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
+}  // namespace
+
+struct PrivateDirectory::System final {
+    std::shared_ptr<OpenFolder> folder = std::make_shared<OpenFolder>();
+};
+
+PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_unique<System>()) {
+    // Whatever takes memory comes first: nobody would remove the directory.
+    const std::wstring native = nativePath(path, "create directory");
+    heldPath = path.heldOpen(system->folder);
+    if (CreateDirectoryW(native.c_str(), nullptr) == 0) {
+        const DWORD error = GetLastError();
+        throwSystemError(error, "cannot create directory " + VEL_ANSI(path));
+    }
+    system->folder->handle = openFolder(native);
+    if (!system->folder->handle) {
+        const DWORD error = GetLastError();
+        RemoveDirectoryW(native.c_str());
+        throwSystemError(error, "cannot open the new directory " + VEL_ANSI(path));
+    }
+}
+
+PrivateDirectory::~PrivateDirectory() = default;
+
+PrivateDirectory::Name PrivateDirectory::name() const {
+    BY_HANDLE_FILE_INFORMATION ours{};
+    BY_HANDLE_FILE_INFORMATION there{};
+    const Handle opened = openFolder(toPath(heldPath).native());
+    if (!opened || GetFileInformationByHandle(opened.get(), &there) == 0 ||
+        GetFileInformationByHandle(system->folder->handle.get(), &ours) == 0) {
+        return Name::kNothing;
+    }
+    const bool isOurs = ours.dwVolumeSerialNumber == there.dwVolumeSerialNumber &&
+                        ours.nFileIndexHigh == there.nFileIndexHigh &&
+                        ours.nFileIndexLow == there.nFileIndexLow;
+    return isOurs ? Name::kOurs : Name::kOther;
+}
+
+std::vector<AString> PrivateDirectory::contents() const {
+    std::vector<AString> names;
+    boost::system::error_code error;
+    fs::directory_iterator entry(toPath(heldPath), error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        names.push_back(pathText(entry->path().filename()));
+    }
+    if (error) {
+        throwSystemError(static_cast<DWORD>(error.value()),
+                         "cannot list directory " + VEL_ANSI(heldPath));
+    }
+    return names;
+}
+
+void PrivateDirectory::remove() {
+    if (name() == Name::kOther) {
+        throw std::system_error(std::make_error_code(std::errc::no_such_file_or_directory),
+                                "cannot remove directory " + VEL_ANSI(heldPath));
+    }
+    std::error_code error;
+    tryForAMoment([&] {
+        error.clear();
+        for (const AString& entry : contents()) {
+            if (const std::error_code reason = removeTree(heldPath.in(entry)); reason) {
+                error = reason;
+            }
+        }
+        return !error;
+    });
+    // From here on its name could be taken, by what is then removed if it is an empty directory.
+    system->folder->handle.close();
+    tryForAMoment([&] {
+        const bool isRemoved = RemoveDirectoryW(toPath(heldPath).c_str()) != 0;
+        const DWORD reason = GetLastError();
+        if (!isRemoved && !error) {
+            error = std::error_code(static_cast<int>(reason), std::system_category());
+        } else if (isRemoved) {
+            error.clear();
+        }
+        return isRemoved || reason == ERROR_FILE_NOT_FOUND;
+    });
+    if (error) {
+        throw std::system_error(error, "cannot remove directory " + VEL_ANSI(heldPath));
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,86 @@
+#include "tkcore/files/ReplacementFile.h"
+
+#include <random>
+
+#include <boost/format.hpp>
+
+#include "tkcore/files/ReplacementTarget.h"
+
+namespace tkcore {
+
+namespace {
+
+// In larger steps the system looks for larger stretches of memory, which may take several times as
+// long once it has filled its cache.
+constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
+
+}  // namespace
+
+std::string randomHiddenName() {
+    std::random_device random;
+    return (boost::format(".unfinished-%08x%08x") % random() % random()).str();
+}
+
+ReplacementFile::ReplacementFile(const LongFileName& filePath)
+    : path(filePath), target(openReplacementTarget(path)) {
+    buffer.reserve(kBufferSize);
+}
+
+ReplacementFile::~ReplacementFile() = default;
+
+template <typename Action>
+void ReplacementFile::perform(const Action& action) {
+    try {
+        action(*target);
+    } catch (const std::system_error& error) {
+        failure = error.code();
+        throw;
+    }
+}
+
+void ReplacementFile::write(const void* data, std::size_t size) {
+    throwEarlierFailure();
+    if (buffer.size() + size > kBufferSize) {
+        flush();
+    }
+    const char* bytes = static_cast<const char*>(data);
+    if (size >= kBufferSize) {
+        perform([&](ReplacementTarget& file) { file.writeAt(bufferOffset, bytes, size); });
+        bufferOffset += size;
+    } else {
+        buffer.insert(buffer.end(), bytes, bytes + size);
+    }
+}
+
+void ReplacementFile::seek(std::uint64_t offset) {
+    throwEarlierFailure();
+    if (offset != tell()) {
+        flush();
+        bufferOffset = offset;
+    }
+}
+
+void ReplacementFile::commit(const std::function<void()>& beforeIt) {
+    throwEarlierFailure();
+    flush();
+    perform([&](ReplacementTarget& file) {
+        file.bringToDisk();
+        file.putInPlace(beforeIt);
+    });
+}
+
+void ReplacementFile::flush() {
+    perform([this](ReplacementTarget& file) {
+        file.writeAt(bufferOffset, buffer.data(), buffer.size());
+    });
+    bufferOffset += buffer.size();
+    buffer.clear();
+}
+
+void ReplacementFile::throwEarlierFailure() const {
+    if (failure) {
+        throw std::system_error(failure, "cannot write " + VEL_ANSI(path));
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,181 @@
+#include "tkcore/files/ReplacementTarget.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <boost/filesystem.hpp>
+
+#include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/Path.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/system/Handle.windows.h"
+#include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
+#include "tkcore/system/SystemError.windows.h"
+
+namespace tkcore {
+
+namespace {
+
+namespace fs = boost::filesystem;
+
+/// Whether the older file may be open elsewhere, perhaps for a moment only.
+bool isOpenElsewhere(DWORD error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+}
+
+class WindowsTarget final : public ReplacementTarget {
+public:
+    explicit WindowsTarget(const LongFileName& filePath);
+    ~WindowsTarget() override;
+
+    void writeAt(std::uint64_t offset, const char* data, std::size_t size) override;
+    void bringToDisk() override;
+    void putInPlace(const std::function<void()>& beforeIt) override;
+
+private:
+    void findPlace();
+    void openFile();
+    /// Whether the system takes the file away when we let go of it, even if we are killed.
+    bool vanishes(bool wanted) const noexcept;
+    /// To its place; returns 0, or the system's error code, and the file vanishes as before.
+    DWORD rename() const;
+    [[noreturn]] void fail(DWORD error, const char* action) const {
+        throwSystemError(error, std::string("cannot ") + action + " " + VEL_ANSI(path));
+    }
+
+    LongFileName path;
+    fs::path place;  // after the links have been followed
+    Handle file;     // in the same folder
+    bool isReplacing = false;
+};
+
+WindowsTarget::WindowsTarget(const LongFileName& filePath) : path(filePath) {
+    findPlace();
+    openFile();
+}
+
+WindowsTarget::~WindowsTarget() {
+    if (file) {
+        vanishes(true);
+    }
+}
+
+void WindowsTarget::findPlace() {
+    nativePath(path, "create");  // refuses what is no path of a file
+    place = toPath(followLinks(path));
+    if (place.empty() || place.filename_is_dot() || place.filename_is_dot_dot() ||
+        !place.has_filename()) {
+        fail(ERROR_INVALID_NAME, "create");
+    }
+    // The current directory may change.
+    place = withoutLimit(fullPath(place.native()));
+    // Some file systems only tell at the renaming, when all has been packed.
+    if (isTooLong(LongFileName(pathText(place)))) {
+        fail(ERROR_FILENAME_EXCED_RANGE, "create");
+    }
+    if (isDirectory(LongFileName(pathText(place)))) {
+        fail(ERROR_ACCESS_DENIED, "replace the directory");
+    }
+    const Handle older(CreateFileW(place.c_str(), GENERIC_WRITE,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                   OPEN_EXISTING, 0, nullptr));
+    const DWORD error = GetLastError();
+    if (older && GetFileType(older.get()) != FILE_TYPE_DISK) {
+        fail(ERROR_NOT_SUPPORTED, "replace what is no regular file,");
+    }
+    isReplacing = older || isThere(LongFileName(pathText(place)));
+    // Somebody who reads it now may have done with it in the end.
+    if (!older && error != ERROR_FILE_NOT_FOUND && error != ERROR_SHARING_VIOLATION) {
+        fail(error, isReplacing ? "replace" : "create");
+    }
+}
+
+void WindowsTarget::openFile() {
+    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+        const fs::path candidate =
+            withoutLimit((place.parent_path() / randomHiddenName()).native());
+        file = Handle(CreateFileW(candidate.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
+                                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (file) {
+            vanishes(true);
+            return;
+        }
+        if (GetLastError() != ERROR_FILE_EXISTS) {
+            break;
+        }
+    }
+    fail(GetLastError(), "create");
+}
+
+bool WindowsTarget::vanishes(bool wanted) const noexcept {
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = wanted ? TRUE : FALSE;
+    return SetFileInformationByHandle(file.get(), FileDispositionInfo, &disposition,
+                                      sizeof disposition) != 0;
+}
+
+void WindowsTarget::writeAt(std::uint64_t offset, const char* data, std::size_t size) {
+    constexpr std::size_t kMostAtOnce = std::size_t{1} << 30U;  // the system counts in 32 bits
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position{};
+        position.Offset = static_cast<DWORD>(offset + done);
+        position.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
+        DWORD count = 0;
+        if (WriteFile(file.get(), data + done,
+                      static_cast<DWORD>(std::min(size - done, kMostAtOnce)), &count,
+                      &position) == 0) {
+            fail(GetLastError(), "write");
+        }
+        done += count;
+    }
+}
+
+void WindowsTarget::bringToDisk() {
+    if (FlushFileBuffers(file.get()) == 0) {
+        fail(GetLastError(), "write");
+    }
+}
+
+DWORD WindowsTarget::rename() const {
+    const std::wstring& name = place.native();
+    std::vector<std::byte> room(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
+    FILE_RENAME_INFO renaming{};
+    renaming.ReplaceIfExists = isReplacing ? TRUE : FALSE;
+    renaming.FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
+    std::memcpy(room.data(), &renaming, sizeof renaming);
+    std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
+                renaming.FileNameLength);
+    const bool isDone =
+        vanishes(false) && SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
+                                                      static_cast<DWORD>(room.size())) != 0;
+    const DWORD error = isDone ? 0 : GetLastError();
+    if (!isDone) {
+        vanishes(true);
+    }
+    return error;
+}
+
+void WindowsTarget::putInPlace(const std::function<void()>& beforeIt) {
+    beforeIt();
+    DWORD error = 0;
+    tryForAMoment([&] {
+        error = rename();
+        return !isOpenElsewhere(error) || isEndRequested();
+    });
+    if (error != 0) {
+        fail(error, "replace");
+    }
+    file.close();
+}
+
+}  // namespace
+
+std::unique_ptr<ReplacementTarget> openReplacementTarget(const LongFileName& path) {
+    return std::make_unique<WindowsTarget>(path);
+}
+
+}  // namespace tkcore

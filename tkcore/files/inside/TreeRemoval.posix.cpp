@@ -1,0 +1,18 @@
+#include "tkcore/files/inside/TreeRemoval.h"
+
+#include <fcntl.h>
+
+#include "tkcore/files/inside/FolderContents.posix.h"
+
+namespace tkcore {
+
+std::error_code removeTree(const LongFileName& path) {
+    std::string text = VEL_ANSI(path);
+    // Behind a separator a link would be followed.
+    while (text.size() > 1 && text.ends_with('/')) {
+        text.pop_back();
+    }
+    return {removeEntry(AT_FDCWD, text.c_str()), std::generic_category()};
+}
+
+}  // namespace tkcore

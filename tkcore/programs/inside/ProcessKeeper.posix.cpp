@@ -1,0 +1,264 @@
+#include "tkcore/programs/inside/ProcessKeeper.posix.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <optional>
+#include <span>
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tkcore/programs/inside/ProcessDescriptor.posix.h"
+#include "tkcore/programs/inside/ProcessTable.posix.h"
+#include "tkcore/system/FileDescriptor.posix.h"
+
+namespace tkcore {
+
+TitleRoom titleRoom;
+
+namespace {
+
+constexpr int kStatusDescriptor = 3;
+constexpr int kFirstUnusedDescriptor = 4;
+constexpr int kKeeperFailed = 127;
+constexpr int kSignalBase = 128;
+
+/// For a program to give its licence back, or to end its job in a cluster.
+constexpr std::chrono::seconds kGrace{1};
+
+/// Ties this process to its parent; false if the parent is gone already.
+bool dieWith(pid_t parent, int signal) noexcept {
+    return prctl(PR_SET_PDEATHSIG, signal) == 0 && getppid() == parent;
+}
+
+void closeFrom(int lowest) noexcept {
+    if (syscall(SYS_close_range, lowest, ~0U, 0U) == 0) {
+        return;
+    }
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    for (int descriptor = lowest; static_cast<rlim_t>(descriptor) < limit.rlim_cur; ++descriptor) {
+        close(descriptor);
+    }
+}
+
+/// Leaves open what the program may have and the status descriptor, nothing else.
+bool arrangeDescriptors(const ProgramStart& start, int null) noexcept {
+    std::array wanted{null, start.outputDescriptor < 0 ? null : start.outputDescriptor,
+                      start.errorDescriptor < 0 ? null : start.errorDescriptor,
+                      start.statusDescriptor};
+    for (int& descriptor : wanted) {
+        // Out of the way of the numbers that are about to be taken.
+        descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstUnusedDescriptor);
+        if (descriptor < 0) {
+            return false;
+        }
+    }
+    for (int number = STDIN_FILENO; number <= kStatusDescriptor; ++number) {
+        const int flags = number == kStatusDescriptor ? O_CLOEXEC : 0;
+        if (dup3(wanted[static_cast<std::size_t>(number)], number, flags) < 0) {
+            return false;
+        }
+    }
+    closeFrom(kFirstUnusedDescriptor);
+    return true;
+}
+
+void reportFailure(int descriptor, StartFailure::Step step) noexcept {
+    const StartFailure failure{errno, step};
+    // Nothing can be done where even this fails; the reader then sees a program that ended.
+    [[maybe_unused]] const ssize_t written = write(descriptor, &failure, sizeof failure);
+}
+
+[[noreturn]] void giveUp(int descriptor, StartFailure::Step step) noexcept {
+    reportFailure(descriptor, step);
+    _exit(kKeeperFailed);
+}
+
+/// In place of the command line that we have inherited: who ends our programs by their name must
+/// not find their keepers.
+void showTitle(const std::string& title) noexcept {
+    prctl(PR_SET_NAME, "process-keeper");
+    if (titleRoom.size > 0) {
+        std::memset(titleRoom.begin, 0, titleRoom.size);
+        std::memcpy(titleRoom.begin, title.data(), std::min(title.size(), titleRoom.size - 1));
+    }
+}
+
+/// The program finds no handler of ours: what we handle it must not be handed, and what we switched
+/// off for ourselves is the system's own choice again.
+void resetSignals() noexcept {
+    for (int signal = 1; signal < NSIG; ++signal) {
+        struct sigaction action {};
+        const bool isOurs = signal == SIGPIPE || signal == SIGXFSZ || signal == SIGCHLD;
+        if (isOurs || (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)) {
+            std::signal(signal, SIG_DFL);
+        }
+    }
+}
+
+/// Runs in the keeper's memory: changes nothing there that the keeper looks at.
+[[noreturn]] void becomeProgram(const ProgramStart& start, pid_t keeper) noexcept {
+    setpgid(0, 0);  // what it sends to its own group is not meant for the keeper
+    if (!dieWith(keeper, SIGKILL)) {
+        _exit(kKeeperFailed);
+    }
+    if (chdir(start.workingDirectory.c_str()) != 0) {
+        giveUp(kStatusDescriptor, StartFailure::Step::kFolder);
+    }
+    pthread_sigmask(SIG_SETMASK, &start.signalMask, nullptr);
+    execve(start.program.c_str(), start.argv.data(), start.envp.data());
+    giveUp(kStatusDescriptor, StartFailure::Step::kProgram);
+}
+
+/// A number may have come to mean another process. One that is ours to reap keeps its number, and a
+/// descriptor its process; for any other, on a system without descriptors, the time of its start
+/// makes it as good as sure.
+void sendSignal(const ProcessEntry& entry, int signal) noexcept {
+    const FileDescriptor descriptor(pidfd_open(entry.process, 0));
+    if (lookUp(entry.process).start != entry.start) {
+        return;
+    }
+    if (!descriptor || pidfd_send_signal(descriptor.get(), signal, nullptr, 0) != 0) {
+        kill(entry.process, signal);
+    }
+}
+
+/// To all that descends from us or, without a table of processes, to the program's own group.
+void signalDescendants(pid_t program, bool hasProcessTable, int signal) noexcept {
+    try {
+        if (!hasProcessTable) {
+            kill(-program, signal);
+            return;
+        }
+        for (const ProcessEntry& entry : descendantsOfThisProcess()) {
+            sendSignal(entry, signal);
+        }
+    } catch (...) {  // no memory for a list of them: they do not get it, then
+    }
+}
+
+/// The program's exit code, or none if we are told to end it while it runs.
+std::optional<int> waitForProgram(pid_t program, bool hasProcessTable) noexcept {
+    sigset_t awaited;
+    sigemptyset(&awaited);
+    for (const int signal : {SIGCHLD, SIGTERM, SIGTSTP, SIGCONT}) {
+        sigaddset(&awaited, signal);
+    }
+    for (;;) {
+        int status = 0;
+        for (pid_t ended = 0; (ended = waitpid(-1, &status, WNOHANG)) > 0;) {
+            if (ended == program) {
+                return exitCodeOf(status);
+            }
+        }
+        switch (sigwaitinfo(&awaited, nullptr)) {
+            case SIGTERM:
+                return std::nullopt;
+            case SIGTSTP:
+                // They have no terminal, so this one would not suspend them.
+                signalDescendants(program, hasProcessTable, SIGSTOP);
+                break;
+            case SIGCONT:
+                signalDescendants(program, hasProcessTable, SIGCONT);
+                break;
+            default:
+                break;
+        }
+    }
+}
+
+/// Reaps until no child is left, or the time is over.
+void waitForChildren(std::chrono::milliseconds grace) noexcept {
+    const auto deadline = std::chrono::steady_clock::now() + grace;
+    sigset_t childEnds;
+    sigemptyset(&childEnds);
+    sigaddset(&childEnds, SIGCHLD);
+    for (;;) {
+        pid_t ended = 0;
+        while ((ended = waitpid(-1, nullptr, WNOHANG)) > 0) {
+        }
+        const std::chrono::nanoseconds left = deadline - std::chrono::steady_clock::now();
+        if (ended < 0 || left.count() <= 0) {
+            return;
+        }
+        const timespec pause{0, std::min<long>(left.count(), 999'999'999)};
+        sigtimedwait(&childEnds, nullptr, &pause);
+    }
+}
+
+/// Kills what is left: each child and, as they fall to us, their children. Gives up on what may not
+/// be killed.
+void killDescendants(bool hasProcessTable) noexcept {
+    for (bool found = haveChildren(); found;) {
+        found = false;
+        std::array<pid_t, 256> room;
+        const std::size_t count =
+            hasProcessTable ? childrenOfThisProcess(room) : childrenByTrial(room);
+        for (const pid_t child : std::span(room).first(count)) {
+            if (kill(child, SIGKILL) == 0) {  // ours to reap: its number means nobody else
+                waitpid(child, nullptr, 0);
+                found = true;
+            }
+        }
+    }
+}
+
+void endDescendants(pid_t program, bool hasProcessTable) noexcept {
+    signalDescendants(program, hasProcessTable, SIGTERM);
+    signalDescendants(program, hasProcessTable, SIGCONT);  // some may be suspended
+    waitForChildren(kGrace);
+    killDescendants(hasProcessTable);
+}
+
+}  // namespace
+
+int exitCodeOf(int waitStatus) noexcept {
+    return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+}
+
+void keepProgram(const ProgramStart& start) noexcept {
+    // The terminal's interrupt and a batch system's kill go to all of our process group. The keeper
+    // must outlive us to end the program's tree, so it leaves the group.
+    setsid();
+    showTitle(start.title);
+    resetSignals();
+    if (!dieWith(start.parent, SIGTERM)) {
+        _exit(kKeeperFailed);
+    }
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (null < 0) {
+        giveUp(start.statusDescriptor, StartFailure::Step::kNullDevice);
+    }
+    if (prctl(PR_SET_CHILD_SUBREAPER, 1) != 0 || !arrangeDescriptors(start, null)) {
+        giveUp(start.statusDescriptor, StartFailure::Step::kSetUp);
+    }
+    const pid_t keeper = getpid();
+    // A second copy of our memory, however short-lived, would take as long again as the first.
+    // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.vfork)
+    const pid_t program = vfork();
+    if (program == 0) {
+        // NOLINTNEXTLINE(clang-analyzer-unix.Vfork): system calls only
+        becomeProgram(start, keeper);
+    }
+    if (program < 0) {
+        giveUp(kStatusDescriptor, StartFailure::Step::kSetUp);
+    }
+    closeFrom(STDIN_FILENO);
+    const std::optional<int> exitCode = waitForProgram(program, start.hasProcessTable);
+    if (!exitCode) {
+        endDescendants(program, start.hasProcessTable);
+    }
+    _exit(exitCode.value_or(kSignalBase + SIGTERM));
+}
+
+}  // namespace tkcore

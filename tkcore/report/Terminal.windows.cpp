@@ -1,0 +1,137 @@
+#include "tkcore/report/Terminal.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <string>
+
+#include <windows.h>
+
+namespace tkcore {
+
+namespace {
+
+constexpr unsigned kUsualColumns = 80;
+constexpr wchar_t kQuestionMark = L'?';
+/// Behind it are the scripts whose characters may take two columns.
+constexpr wchar_t kFirstWide = 0x1100;
+
+std::atomic<HANDLE> console = nullptr;
+std::atomic<bool> isShown = false;
+
+unsigned consoleColumns() noexcept {
+    CONSOLE_SCREEN_BUFFER_INFO screen{};
+    const bool isKnown = GetConsoleScreenBufferInfo(console, &screen) != 0;
+    const int window = screen.srWindow.Right - screen.srWindow.Left + 1;
+    const int width = std::min<int>(screen.dwSize.X, window);
+    return (isKnown && width > 0 ? static_cast<unsigned>(width) : kUsualColumns) - 1;
+}
+
+bool write(std::wstring_view text) noexcept {
+    DWORD written = 0;
+    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written,
+                         nullptr) != 0;
+}
+
+/// Halves of a character, and what has no width or no shape, have no place in a line.
+bool isPrintable(wchar_t character) noexcept {
+    WORD type = 0;
+    WORD shape = 0;
+    GetStringTypeW(CT_CTYPE1, &character, 1, &type);
+    GetStringTypeW(CT_CTYPE3, &character, 1, &shape);
+    return (type & C1_DEFINED) != 0 && (type & C1_CNTRL) == 0 && (shape & C3_NONSPACING) == 0 &&
+           !IS_HIGH_SURROGATE(character) && !IS_LOW_SURROGATE(character);
+}
+
+/// Standard error, if it is a console that can show more than plain text; else null.
+HANDLE openConsole() noexcept {
+    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+    const char* type = std::getenv("TERM");
+    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
+    DWORD mode = 0;
+    return !isDumb && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
+}
+
+/// A line that has the text, blanks behind it, and the cursor back at its start. No sequence of
+/// control characters erases a line on every console.
+std::wstring lineOf(std::wstring_view text) {
+    unsigned columns = consoleColumns();
+    std::wstring line = L"\r";
+    for (const wchar_t character : text) {
+        const wchar_t shown = isPrintable(character) ? character : kQuestionMark;
+        const unsigned width = shown < kFirstWide ? 1 : 2;
+        if (width > columns) {
+            break;
+        }
+        columns -= width;
+        line.push_back(shown);
+    }
+    return line.append(columns, L' ').append(L"\r");
+}
+
+}  // namespace
+
+struct TerminalLine::System final {
+    explicit System(HANDLE handle) { console = handle; }
+    ~System() {
+        eraseTerminalLine();
+        console = nullptr;
+    }
+    System(const System&) = delete;
+    System& operator=(const System&) = delete;
+
+    std::wstring shown;
+};
+
+TerminalLine::TerminalLine() {
+    if (HANDLE handle = openConsole(); handle != nullptr) {
+        system = std::make_unique<System>(handle);
+    }
+}
+
+TerminalLine::~TerminalLine() = default;
+
+unsigned TerminalLine::columns() const noexcept {
+    return system ? consoleColumns() : 0;
+}
+
+void TerminalLine::show(std::wstring_view text) {
+    if (!system) {
+        return;
+    }
+    std::wstring line = lineOf(text);
+    if (isShown && line == system->shown) {
+        return;
+    }
+    isShown = write(line);
+    system->shown = std::move(line);
+}
+
+bool isPersonAtTerminal() noexcept {
+    return openConsole() != nullptr;
+}
+
+void printOnTerminal(std::wstring_view text) {
+    if (HANDLE handle = openConsole(); handle != nullptr) {
+        eraseTerminalLine();
+        std::wstring line(text);
+        std::ranges::replace_if(line, std::not_fn(isPrintable), kQuestionMark);
+        DWORD written = 0;
+        line += L"\r\n";
+        WriteConsoleW(handle, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    }
+}
+
+void eraseTerminalLine() noexcept {
+    if (isShown.exchange(false)) {
+        try {
+            write(lineOf({}));
+        } catch (const std::bad_alloc&) {
+            write(L"\r");  // what is printed next goes over it
+        }
+    }
+}
+
+}  // namespace tkcore

@@ -1,0 +1,100 @@
+#include "tkcore/text/CodePage.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
+#include <boost/locale/utf.hpp>
+
+// The narrow code page is UTF-8 whatever the locale says: a script's LANG=C must not change what
+// a run writes.
+
+namespace tkcore {
+
+namespace {
+
+using boost::locale::utf::code_point;
+using Utf8 = boost::locale::utf::utf_traits<char>;
+using Wide = boost::locale::utf::utf_traits<wchar_t>;
+
+constexpr code_point kEscapedByte = 0xDC00;
+constexpr code_point kFirstEscape = kEscapedByte + 0x80;
+constexpr code_point kLastEscape = kEscapedByte + 0xFF;
+
+// Nearly all text is ASCII, and a child may print hundreds of megabytes of it.
+constexpr code_point kLastAscii = 0x7F;
+
+bool isAscii(char character) {
+    return static_cast<unsigned char>(character) <= kLastAscii;
+}
+
+// Where a wide character has 16 bits, those beyond the first plane are two of them.
+constexpr bool kHasPairs = sizeof(wchar_t) == 2;
+
+/// Whether two halves of one character stand first. What widen() has made of an invalid byte looks
+/// like a second half, but it never stands behind a first.
+bool startsWithPair(std::wstring_view text) {
+    using Utf16 = boost::locale::utf::utf_traits<char16_t>;
+    return kHasPairs && text.size() > 1 &&
+           Utf16::is_first_surrogate(static_cast<std::uint16_t>(text[0])) &&
+           Utf16::is_second_surrogate(static_cast<std::uint16_t>(text[1]));
+}
+
+}  // namespace
+
+std::wstring widen(std::string_view narrowText) {
+    std::wstring wideText;
+    appendWide(narrowText, wideText);
+    return wideText;
+}
+
+void appendWide(std::string_view narrowText, std::wstring& wideText) {
+    wideText.reserve(wideText.size() + narrowText.size());
+    for (const char* position = narrowText.begin(); position != narrowText.end();) {
+        if (isAscii(*position)) {
+            wideText.push_back(*position++);
+            continue;
+        }
+        const char* next = position;
+        const auto character = Utf8::decode(next, narrowText.end());
+        if (boost::locale::utf::is_valid_codepoint(character)) {
+            Wide::encode(character, std::back_inserter(wideText));
+            position = next;
+        } else {
+            wideText.push_back(
+                static_cast<wchar_t>(kEscapedByte + static_cast<unsigned char>(*position)));
+            ++position;
+        }
+    }
+}
+
+bool isValidNarrow(std::string_view narrowText) {
+    for (const char* position = narrowText.begin(); position != narrowText.end();) {
+        if (!boost::locale::utf::is_valid_codepoint(Utf8::decode(position, narrowText.end()))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string narrow(std::wstring_view wideText) {
+    std::string narrowText;
+    narrowText.reserve(wideText.size());
+    while (!wideText.empty()) {
+        const std::size_t length = startsWithPair(wideText) ? 2 : 1;
+        const wchar_t* position = wideText.data();
+        const auto character =
+            length == 2 ? Wide::decode_valid(position) : static_cast<code_point>(wideText.front());
+        wideText.remove_prefix(length);
+        if (character <= kLastAscii) {
+            narrowText.push_back(static_cast<char>(character));
+        } else if (character >= kFirstEscape && character <= kLastEscape) {
+            narrowText.push_back(static_cast<char>(character - kEscapedByte));
+        } else {
+            Utf8::encode(character, std::back_inserter(narrowText));
+        }
+    }
+    return narrowText;
+}
+
+}  // namespace tkcore

@@ -10,6 +10,7 @@
 
 #include "archive/CZipArchive.h"
 #include "executor/inside/Packaging.h"
+#include "executor/inside/ParallelRun.h"
 #include "executor/inside/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
 #include "tkcore/files/PathStatus.h"
@@ -142,6 +143,21 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
     }
     tkcore::VelDebug(1, "Extracta %s finished \n", names);
     activeViews.insert(activeViews.begin(), created.begin(), created.end());
+    return true;
+}
+
+bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& designFile,
+                                                           const ViewSet& views,
+                                                           const std::vector<AString>& nets,
+                                                           std::vector<ActiveView>& activeViews) {
+    tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
+                     workingDir.name().FilePath());
+    try {
+        ParallelRun run(LongFileName(designFile), workingDir, generatorOption, observer);
+        run.createViews(views, nets, activeViews);
+    } catch (const std::exception& exception) {
+        return fail("createExtractaControlFileAndViewsMP: ", exception);
+    }
     return true;
 }
 

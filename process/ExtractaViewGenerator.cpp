@@ -34,7 +34,7 @@ std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads) {
 }
 
 std::uint32_t ExtractaViewGenerator::maxConcurrentExtractas = concurrentExtractaLimit();
-GeneratorPool ExtractaViewGenerator::pool;
+GeneratorPool ExtractaViewGenerator::pool(maxConcurrentExtractas);
 
 ExtractaViewGenerator::ExtractaViewGenerator(const LongFileName& designFile,
                                              const ExtractaViewDef& viewDef,

@@ -27,7 +27,7 @@ tkcore::AString sanitisedName(const tkcore::AString& name);
 /// Generators share a pool that lets at most maxConcurrentExtractas of them run at once; it moves
 /// on only when it is polled, by waitForViewFile or pollProcesses. One thread only. Failures are
 /// ExtractaParserExceptions, a noted request to end the run is tkcore::Interrupted.
-class ExtractaViewGenerator final {
+class ExtractaViewGenerator final : private PooledExtraction {
 public:
     /// Writes the control file into the working directory, then starts extracta or queues it. The
     /// option puts "-c" on the command line.
@@ -37,9 +37,6 @@ public:
 
     /// Ends extracta's process tree if it still runs.
     ~ExtractaViewGenerator();
-
-    ExtractaViewGenerator(const ExtractaViewGenerator&) = delete;
-    ExtractaViewGenerator& operator=(const ExtractaViewGenerator&) = delete;
 
     /// Returns when extracta has ended, with the view and the full path of its file. Also throws
     /// what goes wrong with any other running generator.
@@ -69,15 +66,13 @@ public:
     static std::uint32_t maxConcurrentExtractas;
 
 private:
-    friend class GeneratorPool;
-
     void writeControlFile(const ExtractaViewDef& viewDef,
                           const tkcore::LongFileName& controlFile) const;
-    void startExtracta();
-    /// Whether extracta still runs; lets go of it once it has ended.
-    bool checkFinished();
-
-    tkcore::AString viewName() const { return ViewTypeName(viewType) + name; }
+    void startExtracta() override;
+    bool checkFinished() override;
+    tkcore::ChildProgram& program() noexcept override { return child; }
+    tkcore::AString viewName() const override { return ViewTypeName(viewType) + name; }
+    const tkcore::LongFileName& viewFile() const noexcept override { return outputFile; }
 
     static GeneratorPool pool;
 

@@ -2,52 +2,46 @@
 
 #include <algorithm>
 
-#include "process/ExtractaViewGenerator.h"
 #include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 
-bool GeneratorPool::hasRoom() const {
-    return runningGenerators.size() < ExtractaViewGenerator::maxConcurrentExtractas;
-}
-
-void GeneratorPool::startOrQueue(ExtractaViewGenerator& generator) {
+void GeneratorPool::startOrQueue(PooledExtraction& extraction) {
     if (hasRoom()) {
-        start(generator);
+        start(extraction);
     } else {
-        waitingGenerators.push_back(&generator);
-        observer().extractionQueued(generator.viewName());
+        waiting.push_back(&extraction);
+        observer().extractionQueued(extraction.viewName());
     }
 }
 
-void GeneratorPool::start(ExtractaViewGenerator& generator) {
-    generator.startExtracta();
-    runningGenerators.push_back(&generator);
-    watch.add(generator.child);
-    observer().extractionStarted(generator.viewName(), generator.outputFile.FilePath());
+void GeneratorPool::start(PooledExtraction& extraction) {
+    extraction.startExtracta();
+    running.push_back(&extraction);
+    watch.add(extraction.program());
+    observer().extractionStarted(extraction.viewName(), extraction.viewFile().FilePath());
 }
 
-bool GeneratorPool::isQueued(const ExtractaViewGenerator& generator) const {
-    return std::ranges::find(waitingGenerators, &generator) != waitingGenerators.end();
+bool GeneratorPool::isQueued(const PooledExtraction& extraction) const {
+    return std::ranges::find(waiting, &extraction) != waiting.end();
 }
 
-void GeneratorPool::leave(ExtractaViewGenerator& generator) noexcept {
-    watch.remove(generator.child);
-    for (Queue* queue : {&waitingGenerators, &runningGenerators}) {
-        queue->erase(std::remove(queue->begin(), queue->end(), &generator), queue->end());
+void GeneratorPool::leave(PooledExtraction& extraction) noexcept {
+    watch.remove(extraction.program());
+    for (Queue* queue : {&waiting, &running}) {
+        queue->erase(std::remove(queue->begin(), queue->end(), &extraction), queue->end());
     }
 }
 
 void GeneratorPool::pollProcesses() {
     tkcore::throwIfInterrupted();
-    // A copy: reaping takes generators out of the queue.
-    const auto running = runningGenerators;
-    for (ExtractaViewGenerator* generator : running) {
-        generator->checkFinished();
+    // A copy: reaping takes extractions out of the queue.
+    for (PooledExtraction* extraction : Queue(running)) {
+        extraction->checkFinished();
     }
-    while (!waitingGenerators.empty() && hasRoom()) {
-        ExtractaViewGenerator& next = *waitingGenerators.front();
-        waitingGenerators.pop_front();
+    while (!waiting.empty() && hasRoom()) {
+        PooledExtraction& next = *waiting.front();
+        waiting.pop_front();
         start(next);
     }
 }
@@ -58,8 +52,8 @@ void GeneratorPool::wait() {
 }
 
 void GeneratorPool::requestEnd() const noexcept {
-    for (const ExtractaViewGenerator* generator : runningGenerators) {
-        generator->child.requestEnd();
+    for (PooledExtraction* extraction : running) {
+        extraction->program().requestEnd();
     }
 }
 

@@ -247,7 +247,7 @@ std::vector<Fault::Row> Fault::rows() {
          extractaFirst("if connnets link $design $run/extracta_control_connremainder.txt"), 0, "",
          "out.vlx"},
         // Rights are missing.
-        {"closedToItsOwner", kDefault, ".txt: Permission denied",
+        {"closedToItsOwner", kDefault, ": Permission denied",
          [](Fault& fault) { fault.useScript("permissions $run 0\n"); }},
         {"closedFoldersInIt", kCell, "exit code 7",
          [](Fault& fault) {

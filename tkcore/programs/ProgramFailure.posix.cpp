@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include "tkcore/files/InputFile.h"
 #include "tkcore/files/PathStatus.h"
@@ -76,8 +77,12 @@ AString whyNotAllowed(const LongFileName& file) {
     if (statvfs(VEL_ANSI(file).c_str(), &disk) == 0 && (disk.f_flag & ST_NOEXEC) != 0) {
         return "no program may be started from its disk (noexec)";
     }
-    return statusOf(file).kind == PathStatus::Kind::kFile ? "it may not be executed"
-                                                          : "it is no file";
+    if (statusOf(file).kind != PathStatus::Kind::kFile) {
+        return "it is no file";
+    }
+    return euidaccess(VEL_ANSI(file).c_str(), X_OK) != 0
+               ? "it may not be executed"
+               : "its working directory, or what its first line names, may not be used";
 }
 
 }  // namespace

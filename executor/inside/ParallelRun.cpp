@@ -1,8 +1,9 @@
+#include "executor/inside/ParallelRun.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,9 +13,7 @@
 
 #include <boost/lexical_cast.hpp>
 #include <boost/make_shared.hpp>
-#include <boost/shared_ptr.hpp>
 
-#include "executor/ExtractaExecutor.h"
 #include "executor/inside/ConnectivityMerge.h"
 #include "executor/inside/NetRanking.h"
 #include "executor/inside/Warnings.h"
@@ -35,54 +34,7 @@ namespace {
 
 /// The largest nets that get processes of their own.
 constexpr std::size_t kMaxSplitNets = 4;
-
-using Generators = std::vector<boost::shared_ptr<ExtractaViewGenerator>>;
-
-/// The generators of one parallel run, owned by the operation below. Dropping it ends those that
-/// still run.
-class ParallelRun final {
-public:
-    ParallelRun(const AString& design, const WorkingDirectory& workingDirectory, bool option,
-                RunObserver& runObserver)
-        : designFile(LongFileName(design)),
-          directory(workingDirectory),
-          workingDir(directory.name()),
-          generatorOption(option),
-          observer(runObserver) {}
-    // All at the same time; then each is waited for as it is destroyed.
-    ~ParallelRun() { ExtractaViewGenerator::requestEndOfAll(); }
-    ParallelRun(const ParallelRun&) = delete;
-    ParallelRun& operator=(const ParallelRun&) = delete;
-
-    void startOtherViews(const ViewSet& views, const std::vector<AString>& nets);
-    void startConnectivity(const std::vector<AString>& nets);
-    ActiveView mergeConnectivity();
-    void waitForOtherViews(std::vector<ActiveView>& activeViews);
-
-private:
-    std::vector<RankedNet> surveyNets(const std::vector<AString>& nets);
-    bool canHaveProcesses(const AString& net) const;
-    void splitNet(std::size_t rank, const AString& net);
-    std::uint64_t finishedConnectivityBytes() const;
-    /// The view's file, reached through the working directory.
-    LongFileName fileOf(const ActiveView& view) const {
-        return workingDir.in(LongFileName(view.path).name());
-    }
-    void start(Generators& generators, const ExtractaViewDef& definition, const AString& name) {
-        directory.requireName();
-        generators.push_back(boost::make_shared<ExtractaViewGenerator>(
-            designFile, definition, workingDir, generatorOption, name));
-    }
-
-    const LongFileName designFile;
-    const WorkingDirectory& directory;
-    const LongFileName workingDir;
-    const bool generatorOption;
-    RunObserver& observer;
-    std::optional<ExtractaViewGenerator> survey;
-    Generators otherGenerators;
-    Generators connectivityGenerators;
-};
+static_assert(kMaxSplitNets <= 10, "the length of a name is that of any rank of one digit");
 
 /// The name of the generator for a group of classes of a split net.
 AString generatorName(std::size_t rank, const AString& net, const std::vector<AString>& classes) {
@@ -130,6 +82,42 @@ void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString
             warn(observer, "the selected net \"" + net + "\" has no connectivity record");
         }
     }
+}
+
+}  // namespace
+
+ParallelRun::ParallelRun(const LongFileName& design, const WorkingDirectory& workingDirectory,
+                         bool option, RunObserver& runObserver)
+    : designFile(design),
+      directory(workingDirectory),
+      workingDir(directory.name()),
+      generatorOption(option),
+      observer(runObserver) {
+    ExtractaViewGenerator::maxConcurrentExtractas = extractaLimit(observer);
+}
+
+ParallelRun::~ParallelRun() {
+    // All at the same time; then each is waited for as it is destroyed.
+    ExtractaViewGenerator::requestEndOfAll();
+}
+
+void ParallelRun::createViews(const ViewSet& views, const std::vector<AString>& nets,
+                              std::vector<ActiveView>& activeViews) {
+    // Each view of its own, the survey and the remainder; later the pieces of large nets.
+    observer.expected(static_cast<std::size_t>(views.GetCount()) + 1, true);
+    startOtherViews(views, nets);
+    if (views.Contains(ViewType::conn)) {
+        startConnectivity(nets);
+        activeViews.push_back(mergeConnectivity());
+    }
+    waitForOtherViews(activeViews);
+}
+
+void ParallelRun::start(Generators& generators, const ExtractaViewDef& definition,
+                        const AString& name) {
+    directory.requireName();
+    generators.push_back(boost::make_shared<ExtractaViewGenerator>(
+        designFile, definition, workingDir, generatorOption, name));
 }
 
 void ParallelRun::startOtherViews(const ViewSet& views, const std::vector<AString>& nets) {
@@ -183,7 +171,7 @@ bool ParallelRun::canHaveProcesses(const AString& net) const {
              "the net \"" + net + "\" is left to the remainder: a line break in its name");
         return false;
     }
-    // A control file has the longer name of the two; the number in it has one digit for all ranks.
+    // A control file has the longer name of the two; the number in it is a digit.
     const bool isTooLong =
         std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
             const AString name = sanitisedName(generatorName(0, net, classes));
@@ -238,32 +226,6 @@ void ParallelRun::waitForOtherViews(std::vector<ActiveView>& activeViews) {
         activeViews.push_back(generator->waitForViewFile());
         warnAboutFile(observer, activeViews.back().viewType, fileOf(activeViews.back()));
     }
-}
-
-}  // namespace
-
-bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& designFile,
-                                                           const ViewSet& views,
-                                                           const std::vector<AString>& nets,
-                                                           std::vector<ActiveView>& activeViews) {
-    ExtractaViewGenerator::maxConcurrentExtractas = extractaLimit(observer);
-    tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
-                     workingDir.name().FilePath());
-    try {
-        ParallelRun run(designFile, workingDir, generatorOption, observer);
-        // Each view of its own, the survey and the remainder; later the pieces of large nets.
-        const auto atLeast = static_cast<std::size_t>(views.GetCount()) + 1;
-        observer.expected(atLeast, true);
-        run.startOtherViews(views, nets);
-        if (views.Contains(ViewType::conn)) {
-            run.startConnectivity(nets);
-            activeViews.push_back(run.mergeConnectivity());
-        }
-        run.waitForOtherViews(activeViews);
-    } catch (const std::exception& exception) {
-        return fail("createExtractaControlFileAndViewsMP: ", exception);
-    }
-    return true;
 }
 
 }  // namespace velextracta

@@ -10,8 +10,8 @@
 
 namespace tkcore {
 
-/// The one exception type of this system: a run of extracta, or the reading of what it wrote,
-/// failed. The message is narrow text of any bytes; what() shows it up to its first NUL.
+/// A run of extracta, or the reading of what it wrote, failed. The message is narrow text of any
+/// bytes; what() shows it up to its first NUL.
 class ExtractaParserException final : public std::runtime_error {
 public:
     explicit ExtractaParserException(const char* message)

@@ -6,6 +6,7 @@
 
 #include "tkcore/files/InputFile.h"
 #include "tkcore/files/OutputFile.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/Interruption.h"
 
 namespace tkcore {
@@ -14,8 +15,7 @@ void copyToNewFile(const LongFileName& source, const LongFileName& target) {
     constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
     InputFile input(source);
     if (input.isDirectory()) {
-        throw std::system_error(std::make_error_code(std::errc::is_a_directory),
-                                "cannot copy " + VEL_ANSI(source));
+        throwPathFailure(std::make_error_code(std::errc::is_a_directory), "copy", source);
     }
     OutputFile output(target, OutputFile::IfThere::kFail, input.permissions());
     std::vector<char> buffer(kBufferSize);

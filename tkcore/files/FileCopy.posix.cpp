@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "tkcore/files/inside/OpenFolder.posix.h"
+#include "tkcore/files/inside/PathFailure.h"
 
 namespace tkcore {
 
@@ -27,8 +28,8 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
         (error == EISDIR && unlinkat(to.folder, to.name(), AT_REMOVEDIR) == 0) ||
         (error == ENOTDIR && unlinkat(to.folder, to.name(), 0) == 0);
     if (!isOutOfTheWay || !isMoved()) {
-        throw std::system_error(error, std::generic_category(),
-                                "cannot move " + VEL_ANSI(source) + " to " + VEL_ANSI(target));
+        throwPathFailure({error, std::generic_category()}, "move", source,
+                         " to " + VEL_ANSI(target));
     }
 }
 

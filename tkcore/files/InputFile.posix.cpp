@@ -8,14 +8,16 @@
 #include <unistd.h>
 
 #include "tkcore/files/inside/OpenFolder.posix.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/FileDescriptor.posix.h"
 
 namespace tkcore {
 
 namespace {
 
-[[noreturn]] void throwError(int error, const std::string& text) {
-    throw std::system_error(error, std::generic_category(), text);
+[[noreturn]] void fail(int error, const char* action, const LongFileName& path,
+                       const char* more = "") {
+    throwPathFailure({error, std::generic_category()}, action, path, more);
 }
 
 // Without O_NONBLOCK the opening of a pipe nobody writes to would never return.
@@ -37,12 +39,11 @@ InputFile::InputFile(const LongFileName& filePath)
     : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
     struct stat status {};
     if (!file->descriptor || ::fstat(file->descriptor.get(), &status) != 0) {
-        throwError(errno, "cannot open " + VEL_ANSI(path));
+        fail(errno, "open", path);
     }
     directory = S_ISDIR(status.st_mode);
     if (!directory && !S_ISREG(status.st_mode)) {
-        throwError(ENOTSUP,
-                   "cannot read " + VEL_ANSI(path) + ", which is neither a file nor a directory");
+        fail(ENOTSUP, "read", path, ", which is neither a file nor a directory");
     }
     bytes = directory ? 0 : static_cast<std::uint64_t>(status.st_size);
     modified = status.st_mtime;
@@ -50,20 +51,17 @@ InputFile::InputFile(const LongFileName& filePath)
 }
 
 std::size_t InputFile::readSome(void* destination, std::size_t size) {
-    for (;;) {
-        const ssize_t count = ::read(file->descriptor.get(), destination, size);
-        if (count >= 0) {
-            return static_cast<std::size_t>(count);
-        }
-        if (errno != EINTR) {
-            throwError(errno, "cannot read " + VEL_ANSI(path));
-        }
+    const ssize_t count =
+        uninterrupted([&] { return ::read(file->descriptor.get(), destination, size); });
+    if (count < 0) {
+        fail(errno, "read", path);
     }
+    return static_cast<std::size_t>(count);
 }
 
 void InputFile::rewind() {
     if (::lseek(file->descriptor.get(), 0, SEEK_SET) != 0) {
-        throwError(errno, "cannot read " + VEL_ANSI(path) + " again");
+        fail(errno, "read", path, " again");
     }
 }
 

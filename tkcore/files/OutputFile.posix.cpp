@@ -1,13 +1,13 @@
 #include "tkcore/files/OutputFile.h"
 
 #include <cerrno>
-#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "tkcore/files/inside/OpenFolder.posix.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/FileDescriptor.posix.h"
 #include "tkcore/system/PatientWrite.posix.h"
 
@@ -31,8 +31,7 @@ FileDescriptor openToWrite(const PlaceOfFile& place, OutputFile::IfThere ifThere
 
 struct OutputFile::OpenFile final {
     [[noreturn]] static void fail(const char* action, const LongFileName& path) {
-        throw std::system_error(errno, std::generic_category(),
-                                std::string("cannot ") + action + " " + VEL_ANSI(path));
+        throwPathFailure({errno, std::generic_category()}, action, path);
     }
 
     FileDescriptor descriptor;
@@ -54,20 +53,14 @@ OutputFile::OutputFile(OutputFile&&) noexcept = default;
 
 void OutputFile::write(std::span<const char> bytes) {
     const int descriptor = file->descriptor.get();
-    if (file->mayHaveReader) {
-        if (!writePatiently(descriptor, std::string_view(bytes.data(), bytes.size()))) {
-            OpenFile::fail("write", path);
-        }
-        return;
-    }
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count > 0) {
-            bytes = bytes.subspan(static_cast<std::size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
-            errno = count == 0 ? ENOSPC : errno;
-            OpenFile::fail("write", path);
-        }
+    const auto write = [&](std::span<const char> rest) {
+        return ::write(descriptor, rest.data(), rest.size());
+    };
+    const bool isWritten = file->mayHaveReader
+                               ? writePatiently(descriptor, {bytes.data(), bytes.size()})
+                               : writeAll(bytes, write);
+    if (!isWritten) {
+        OpenFile::fail("write", path);
     }
 }
 

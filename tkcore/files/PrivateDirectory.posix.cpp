@@ -10,6 +10,7 @@
 
 #include "tkcore/files/inside/FolderContents.posix.h"
 #include "tkcore/files/inside/OpenFolder.posix.h"
+#include "tkcore/files/inside/PathFailure.h"
 
 namespace tkcore {
 
@@ -35,8 +36,7 @@ std::string withoutSeparatorAtItsEnd(std::string path) {
 }
 
 [[noreturn]] void fail(int error, const char* action, const LongFileName& path) {
-    throw std::system_error(error, std::generic_category(),
-                            std::string("cannot ") + action + " directory " + VEL_ANSI(path));
+    throwPathFailure({error, std::generic_category()}, std::string(action) + " directory", path);
 }
 
 }  // namespace

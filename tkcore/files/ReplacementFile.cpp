@@ -5,6 +5,7 @@
 #include <boost/format.hpp>
 
 #include "tkcore/files/ReplacementTarget.h"
+#include "tkcore/files/inside/PathFailure.h"
 
 namespace tkcore {
 
@@ -79,7 +80,7 @@ void ReplacementFile::flush() {
 
 void ReplacementFile::throwEarlierFailure() const {
     if (failure) {
-        throw std::system_error(failure, "cannot write " + VEL_ANSI(path));
+        throwPathFailure(failure, "write", path);
     }
 }
 

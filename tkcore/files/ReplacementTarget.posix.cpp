@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "tkcore/files/PathStatus.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/FileDescriptor.posix.h"
 
 namespace tkcore {
@@ -54,8 +55,7 @@ private:
     void takeFreePlace();
     void replace(const struct stat& older);
     [[noreturn]] void fail(int error, const char* action) const {
-        throw std::system_error(error, std::generic_category(),
-                                std::string("cannot ") + action + " " + VEL_ANSI(path));
+        throwPathFailure({error, std::generic_category()}, action, path);
     }
 
     LongFileName path;
@@ -142,25 +142,22 @@ void PosixTarget::openNamed() {
             break;
         }
     }
-    throw std::system_error(
-        errno, std::generic_category(),
-        "cannot create " + VEL_ANSI(path) + ": cannot write to the folder " + VEL_ANSI(folderPath));
+    throwPathFailure({errno, std::generic_category()}, "create", path,
+                     ": cannot write to the folder " + VEL_ANSI(folderPath));
 }
 
 void PosixTarget::writeAt(std::uint64_t offset, const char* data, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t count =
-            ::pwrite(file.get(), data + done, size - done, static_cast<off_t>(offset + done));
-        if (count > 0) {
-            done += static_cast<std::size_t>(count);
-        } else if (count == 0 || errno != EINTR) {
-            fail(count == 0 ? ENOSPC : errno, "write");
-        }
+    const std::uint64_t end = offset + size;
+    const auto write = [&](std::span<const char> rest) {
+        return ::pwrite(file.get(), rest.data(), rest.size(),
+                        static_cast<off_t>(end - rest.size()));
+    };
+    if (!writeAll({data, size}, write)) {
+        fail(errno, "write");
     }
     // The disk gets to work while we do, and is not waited for in the end. What fails then fails at
     // bringToDisk().
-    if (const std::uint64_t end = offset + size; end >= givenToDisk + kStepToDisk) {
+    if (end >= givenToDisk + kStepToDisk) {
         ::sync_file_range(file.get(), static_cast<off_t>(givenToDisk),
                           static_cast<off_t>(end - givenToDisk), SYNC_FILE_RANGE_WRITE);
         givenToDisk = end;
@@ -250,18 +247,17 @@ void PosixTarget::copyToNamed() {
     givenToDisk = 0;
     std::vector<char> buffer(kBufferSize);
     for (std::uint64_t offset = 0;;) {
-        const ssize_t count =
-            ::pread(unnamed.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno != EINTR) {
+        const ssize_t count = uninterrupted([&] {
+            return ::pread(unnamed.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        });
+        if (count < 0) {
             fail(errno, "read again");
         }
         if (count == 0) {
             break;
         }
-        if (count > 0) {
-            writeAt(offset, buffer.data(), static_cast<std::size_t>(count));
-            offset += static_cast<std::uint64_t>(count);
-        }
+        writeAt(offset, buffer.data(), static_cast<std::size_t>(count));
+        offset += static_cast<std::uint64_t>(count);
     }
     bringToDisk();
 }

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <cerrno>
+#include <cstddef>
+#include <span>
 #include <string>
 #include <utility>
+
+#include <sys/types.h>
 
 namespace tkcore {
 
@@ -34,5 +39,31 @@ private:
 /// By which the system knows the open file as long as it is open, if its view of processes is
 /// there.
 std::string descriptorPath(const FileDescriptor& descriptor);
+
+/// The result of a call of the system, which is made again as long as a signal interrupts it.
+template <typename Call>
+ssize_t uninterrupted(const Call& call) {
+    for (;;) {
+        const ssize_t result = call();
+        if (result >= 0 || errno != EINTR) {
+            return result;
+        }
+    }
+}
+
+/// Has a call of the system write what is left of the bytes until nothing is; false with errno if
+/// it fails.
+template <typename Write>
+bool writeAll(std::span<const char> bytes, const Write& write) {
+    while (!bytes.empty()) {
+        const ssize_t count = uninterrupted([&] { return write(bytes); });
+        if (count <= 0) {
+            errno = count == 0 ? ENOSPC : errno;
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
+}
 
 }  // namespace tkcore

@@ -12,7 +12,7 @@ namespace velextracta {
 /// owns it.
 class Reasons final {
 public:
-    /// From here on it hears what the log's level 0 is told.
+    /// From here on it is told every text of the log's level 0.
     Reasons();
     ~Reasons();
     Reasons(const Reasons&) = delete;

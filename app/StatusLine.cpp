@@ -17,8 +17,8 @@ constexpr std::chrono::milliseconds kBetweenTwo{100};
 /// Before that a rate says nothing.
 constexpr std::chrono::duration<double> kShortestTime{0.5};
 
-/// The name of an extraction as the line shows it: what has a word of its own in connectivity is
-/// known by that, and of a long name both ends.
+/// The name of an extraction as the line shows it: the survey and the remainder by these words, a
+/// long name by its two ends.
 std::string shownName(const AString& name) {
     constexpr std::size_t kLongest = 20;
     constexpr std::size_t kHead = 11;
@@ -92,7 +92,8 @@ void StatusLine::Work::note(std::uint64_t bytesDone, std::uint64_t bytesOfAll) {
 
 RunStatus::Progress StatusLine::Work::progress(Clock::time_point now) const {
     const std::chrono::duration<double> time = now - start;
-    // A piece that has grown since its end was noted is taken back to the size noted.
+    // The merge reports a piece that has grown meanwhile by the size that was noted at its end: the
+    // number of bytes may become smaller.
     const auto workedBytes = static_cast<double>(bytes - std::min(startBytes, bytes));
     return {bytes, all, time < kShortestTime ? 0 : workedBytes / time.count()};
 }

@@ -14,7 +14,7 @@
 
 namespace velextracta {
 
-/// Shows what a run is at in one line on the terminal, rewritten at most ten times a second, and
+/// Shows the state of a run in one line on the terminal, rewritten at most ten times a second, and
 /// warnings in lines above it; does nothing where there is no terminal. The front end owns it.
 class StatusLine final : public RunObserver {
 public:
@@ -42,7 +42,8 @@ private:
         Clock::time_point start;
     };
 
-    /// Bytes merged or packed, and where it went on after it last had nothing to do.
+    /// Bytes merged or packed. The rate is that since the work last began, or went on after a
+    /// pause.
     struct Work {
         void note(std::uint64_t bytesDone, std::uint64_t bytesOfAll);
         [[nodiscard]] bool isUnderWay() const { return bytes < all; }

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kGap = "  ";
 
-/// What has no room gives way to what stands before it here.
+/// The parts of the line, the most important first: where room is short, the last is left out.
 enum class Rank {
     kCount,
     kOldestExtraction,

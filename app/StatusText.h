@@ -9,7 +9,7 @@
 
 namespace velextracta {
 
-/// What a run is at, as far as its status line shows it.
+/// The state of a run, as far as its status line shows it.
 struct RunStatus final {
     struct Extraction {
         std::string name;
@@ -32,8 +32,8 @@ struct RunStatus final {
     std::optional<Progress> packing;  // everything is extracted
 };
 
-/// The status in one line that takes the columns at most, unless these are too few for the first
-/// word: what has no room is left out, the least important first.
+/// The status in one line of at most so many columns. What has no room is left out, the least
+/// important first; the first word always stays.
 std::string statusText(const RunStatus& status, std::size_t columns);
 
 /// "12 MiB", and "1:02:03" or "2:03".

@@ -10,7 +10,7 @@ namespace velextracta {
 /// What the program can be asked to do, in few enough lines for any terminal.
 std::string_view usage();
 
-/// The first lines of it: for whoever has given too few arguments.
+/// Its first lines, for a user who has given too few arguments.
 std::string_view shortUsage();
 
 /// The program's version, its libraries' and how it was built.

@@ -28,7 +28,8 @@ ZipMethod methodFor(std::uint64_t deflatedSize, std::uint64_t originalSize) {
                                                             : ZipMethod::kStored;
 }
 
-/// Other pieces hardly make up for that: what does not shrink grows by a ten-thousandth.
+/// Then the whole file shrinks, too, whatever its other pieces do: what does not shrink grows by a
+/// ten-thousandth only.
 bool shrinksALot(const Piece& piece) {
     return piece.deflated.size() < piece.original.size() / 8 * 7;
 }

@@ -9,7 +9,7 @@
 namespace velextracta {
 
 /// Is told what happens in a run while it happens. The front end owns it and hands it to the
-/// executor; whoever reports knows nothing of what becomes of it. This one takes no notice.
+/// executor. This one ignores everything; the front end's shows it.
 class RunObserver {
 public:
     RunObserver() = default;
@@ -31,21 +31,21 @@ public:
 
     /// Time passes, with nothing else to tell.
     virtual void waiting() {}
-    /// How long it may be left alone until it is told so again.
+    /// How long until it wants to be told so again.
     [[nodiscard]] virtual std::chrono::milliseconds restTime() const {
         return std::chrono::milliseconds::max();
     }
 
-    /// So many bytes are merged, of all in the connectivity pieces that are finished, or packed, of
-    /// all files.
+    /// Bytes merged, of all bytes in the connectivity pieces that are finished.
     virtual void merged(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
+    /// Bytes packed, of all bytes of the files to pack.
     virtual void packed(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
 
     /// Something that casts a doubt on the success of the run.
     virtual void warned(const tkcore::AString& /*text*/) {}
 };
 
-/// For those who are given none.
+/// The observer of those who are given none.
 inline RunObserver& nobody() {
     static RunObserver observer;
     return observer;

@@ -9,18 +9,18 @@
 
 namespace velextracta {
 
-/// A file on its way into an archive, read from its start up to the size that it had when it was
-/// opened: the entry is begun for that size, and what is appended from then on is not ours.
+/// A file that is being packed. It is read up to the size that it had when it was opened, which the
+/// entry's header was made for; bytes that are appended later are left out.
 class Original final {
 public:
     explicit Original(const tkcore::LongFileName& file);
 
     [[nodiscard]] const tkcore::InputFile& file() const noexcept { return opened; }
 
-    /// Fewer bytes than fit only at the end, which may have come nearer.
+    /// Fewer bytes than fit only at the end of the file, which may have become shorter.
     std::size_t read(std::span<std::byte> room);
     void rewind();
-    /// Of all that has been read since the start.
+    /// Number of bytes read so far, and their CRC-32.
     [[nodiscard]] std::uint64_t size() const noexcept { return bytesRead; }
     [[nodiscard]] std::uint32_t checksum() const noexcept { return crc; }
 

@@ -7,7 +7,7 @@
 
 namespace velextracta {
 
-/// A stretch of a file on its way into an archive.
+/// A part of a file that is being packed.
 struct Piece {
     static constexpr std::size_t kMostBytes = std::size_t{144} << 10U;
 

@@ -14,12 +14,12 @@ struct libdeflate_decompressor;
 
 namespace velextracta {
 
-/// Pieces of one deflate stream, in their order, make up the stream together with this end.
+/// The end of a deflate stream. The pieces in their order, and this, are one stream.
 inline constexpr std::array kDeflateEnd{std::byte{0x03}, std::byte{0x00}};
 
-/// Turns what was deflated by itself into a piece of a stream: takes the mark off its last block
-/// and ends it on a full byte, up to five bytes further, so that any other piece may follow. Then
-/// inflates it; false if that does not give the original.
+/// Turns a complete deflate stream into a piece that another piece may follow: its last block is no
+/// longer marked as the last, and it ends on a full byte (up to five bytes are added). Then
+/// inflates the piece; false if the result is not the original.
 class PieceJoiner final {
 public:
     PieceJoiner();
@@ -40,7 +40,8 @@ public:
     UnprovedPiece() : std::runtime_error("what was deflated does not inflate to the same bytes") {}
 };
 
-/// Deflates pieces at a level from 1 to 9 (smallest). Throws UnprovedPiece if one does not prove.
+/// Deflates pieces at a level from 1 to 9 (smallest). Throws UnprovedPiece if a
+/// piece does not inflate to the same bytes.
 class PieceDeflater final : public PieceWorker {
 public:
     explicit PieceDeflater(int level);

@@ -23,7 +23,7 @@ PieceWorker& PieceTools::worker(std::size_t number) {
 PieceLine::PieceLine(Read readBytes, PieceTools& pieceTools)
     : read(std::move(readBytes)), tools(pieceTools) {
     tools.worker(0);
-    // A thread that then found no place would be waited for in vain.
+    // Memory first: a thread that was started and could not be stored would never be joined.
     threads.reserve(tools.mostThreads);
 }
 

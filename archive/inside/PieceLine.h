@@ -15,8 +15,8 @@
 
 namespace velextracta {
 
-/// What lines work with: room for pieces, and workers. Whoever packs several files keeps it from
-/// one to the next, since getting it takes as long as packing a small file.
+/// What a line works with: memory for pieces, and workers. To make them takes as long as to pack a
+/// small file, so they are kept from one file to the next.
 class PieceTools final {
 public:
     using MakeWorker = std::function<std::unique_ptr<PieceWorker>()>;
@@ -43,9 +43,9 @@ private:
 };
 
 /// Cuts a file into pieces, has them worked on side by side and hands them back in their order.
-/// Memory is bounded: two pieces for each thread. Reading is the caller's, who also takes part in
-/// the work, so that it gets done however few threads can be started. Threads are started as pieces
-/// come and have ended when the line is gone.
+/// Memory is bounded: two pieces for each thread. The caller reads, and takes part in the work, so
+/// that it gets done even if no thread can be started. Threads are started as pieces come and have
+/// ended when the line is gone.
 class PieceLine final {
 public:
     /// Fills the buffer from where the last call ended; less than that is the end.

@@ -7,8 +7,8 @@ namespace velextracta {
 
 namespace {
 
-/// The sizes are not known yet, but what they may become decides on the length of the header. What
-/// does not shrink grows by less than a 256th when it is deflated.
+/// Whether the header needs room for sizes of 64 bits. It is written before the sizes are known.
+/// Deflated bytes are more than the original by less than a 256th.
 bool mayNeedWideSizes(ZipMethod method, std::uint64_t mostSize) {
     constexpr std::uint64_t kRoomToGrow = kZip64Mark / 256;
     return mostSize > (method == ZipMethod::kStored ? kZip64Mark : kZip64Mark - kRoomToGrow);

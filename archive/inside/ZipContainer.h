@@ -18,8 +18,8 @@ class ZipContainer final {
 public:
     explicit ZipContainer(const tkcore::LongFileName& filePath);
 
-    /// Begins an entry for at most mostSize bytes of an original, which come through write() in
-    /// the form that the method says.
+    /// Begins an entry for an original of at most mostSize bytes. write() takes its bytes as the
+    /// method says: deflated, or as they are.
     void begin(const ZipEntry& entry, ZipMethod method, std::uint64_t mostSize);
     void write(std::span<const std::byte> bytes);
     /// Size and CRC-32 are those of the original.

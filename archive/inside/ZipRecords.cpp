@@ -105,7 +105,7 @@ std::string exactTime(std::time_t time) {
     return Record().text(kOnlyModificationTime).number32(static_cast<std::uint32_t>(time)).bytes;
 }
 
-/// The number, or the mark that says that it stands elsewhere.
+/// The number, or the mark for one that stands in 64 bits elsewhere.
 std::uint16_t in16Bits(std::uint64_t number) {
     return static_cast<std::uint16_t>(std::min<std::uint64_t>(number, kZip64Mark16));
 }
@@ -120,7 +120,7 @@ std::string extraFields(const ZipHeader& header, const Record& wideNumbers) {
         .bytes;
 }
 
-/// What both headers say in the same words, up to the checksum.
+/// The fields that both headers have alike, up to the checksum.
 Record& describe(Record& record, const ZipHeader& header) {
     const bool usesZip64 = header.hasWideSizes || header.offset >= kZip64Mark;
     return record.number16(usesZip64 ? kKnowsZip64 : kKnowsDeflating)
@@ -156,8 +156,8 @@ std::string localHeader(const ZipHeader& header) {
 std::string directoryHeader(const ZipHeader& header) {
     const std::string& name = header.entry.name;
     Record wideNumbers;
-    // A size that only equals the mark stands as it is, if it can: unzip 6, having found such a one
-    // in 64 bits, misreads those of the entries behind.
+    // A size that equals the mark is written as it is where the format allows it: unzip 6 misreads
+    // the entries that follow one with such a size in 64 bits.
     if (std::max(header.size, header.packedSize) > kZip64Mark || header.offset >= kZip64Mark) {
         for (const std::uint64_t number : {header.size, header.packedSize, header.offset}) {
             if (number >= kZip64Mark) {

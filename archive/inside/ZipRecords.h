@@ -17,17 +17,17 @@ struct ZipEntry {
 
 enum class ZipMethod : std::uint16_t { kStored = 0, kDeflated = 8 };  // by the format's numbers
 
-/// Where the format has 32 bits for a number, or 16, this says that it stands in 64 bits elsewhere
-/// (Zip64), as a greater one must.
+/// A number of 32 bits, or 16, with this value says: the number stands in 64 bits elsewhere
+/// (Zip64). Numbers that are greater have to.
 inline constexpr std::uint32_t kZip64Mark = 0xFFFFFFFF;
 inline constexpr std::uint16_t kZip64Mark16 = 0xFFFF;
 
-/// An entry as its two headers tell of it: the one before its bytes and the one in the directory
-/// at the archive's end.
+/// An entry, as its two headers describe it: the local one before its bytes, and the one in the
+/// directory at the archive's end.
 struct ZipHeader {
     ZipEntry entry;
     ZipMethod method = ZipMethod::kStored;
-    /// Whether the sizes stand in 64 bits in the local header. They may, whatever they are.
+    /// Whether the local header has the sizes in 64 bits, which is allowed for small ones, too.
     bool hasWideSizes = false;
     std::uint64_t offset = 0;      // of the local header in the archive
     std::uint64_t size = 0;        // of the original
@@ -35,12 +35,12 @@ struct ZipHeader {
     std::uint32_t checksum = 0;    // CRC-32 of the original
 };
 
-/// As long whatever the sizes and the checksum are. A name too long for the format is a
-/// std::runtime_error that names it.
+/// Its length does not depend on sizes and checksum, so it can be written again once they are
+/// known. Throws std::runtime_error for a name that is too long for the format.
 std::string localHeader(const ZipHeader& header);
 std::string directoryHeader(const ZipHeader& header);
 
-/// What follows the directory; all three are numbers of 64 bits in the format, too.
+/// The records behind the directory, with the Zip64 ones where a number needs them.
 std::string endRecords(std::uint64_t entryCount, std::uint64_t directoryOffset,
                        std::uint64_t directorySize);
 

@@ -15,11 +15,11 @@ namespace velextracta {
 /// ExtractaParserException, naming the file.
 class ConnectivityMerge final {
 public:
-    /// Called between two parts of a large file with the bytes of the part before, for others that
-    /// wait meanwhile; may throw.
+    /// Called between two parts of a large file with the bytes of the part just merged, so that
+    /// other work need not wait; may throw.
     using Meanwhile = std::function<void(std::size_t bytes)>;
 
-    /// A combined file that cannot be opened shows when the first file is added.
+    /// Does not fail: a combined file that cannot be opened makes the first append() throw.
     explicit ConnectivityMerge(
         const tkcore::LongFileName& combinedFile, Meanwhile whatToDo = [](std::size_t) {});
 

@@ -14,8 +14,8 @@ namespace velextracta {
 
 void warn(RunObserver& observer, const tkcore::AString& text);
 
-/// About selected nets that no list of names is meant to hold: with a blank at an end of their
-/// name, which then is a part of it, or with a line break in it, which breaks the control file.
+/// About selected nets whose names look like a slip: one that begins or ends with a blank, which is
+/// taken for a part of the name, or one with a line break, which breaks the control file.
 void warnAboutNames(RunObserver& observer, const std::vector<tkcore::AString>& nets);
 
 /// About a view whose file is missing or does not begin like a view file.

@@ -18,9 +18,9 @@ std::int32_t runNumber();
 /// identity: its name may lead elsewhere by then.
 class WorkingDirectory final {
 public:
-    /// Creates "extract" + number in the base, whose text ends in a separator. False if that name
-    /// is taken or cannot be created: it is then kept as the name all the same. The reason is
-    /// logged.
+    /// Creates "extract" + number in the base, whose text ends in a separator. False, with the
+    /// reason in the log, if that name is taken or cannot be created; name() tells the name in any
+    /// case.
     bool create(const tkcore::LongFileName& base, std::int32_t number);
 
     /// False if it cannot be removed, with the reason in the log; nothing to remove is no failure.
@@ -29,8 +29,8 @@ public:
     /// Files in() it are reached through it, whatever its name leads to.
     const tkcore::LongFileName& name() const noexcept { return directory; }
 
-    /// What it contains, not what is further down, in the order of the listing; nothing if its name
-    /// leads to nothing. Throws like requireName().
+    /// Its top-level entries in the order of the listing; none if nothing has its name any more.
+    /// Throws like requireName().
     std::vector<tkcore::LongFileName> contents() const;
 
     /// Throws ExtractaParserException if its name leads to something else by now: programs that are

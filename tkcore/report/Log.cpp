@@ -134,7 +134,7 @@ Log& theLog() {
 void endQuietly() {
     try {
         if (std::current_exception()) {
-            throw;  // as it is: to throw a copy would take memory
+            throw;  // a copy would take memory
         }
     } catch (const std::exception& exception) {
         VelDebug(0, "uncaught exception: %s", exception.what());

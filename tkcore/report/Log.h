@@ -14,12 +14,11 @@ namespace tkcore {
 /// is standard error). A value of another form, or a file that cannot be opened, leaves it off.
 bool logTakes(int level);
 
-/// Keeps files from becoming the log by a slip of that variable: it stays off for one that the
-/// predicate picks. To be called before anything is logged; opens the log.
+/// Opens the log, but not at a path that the predicate picks: a slip in that variable must not
+/// write into the design or an output. To be called before anything is logged.
 void keepLogOff(std::function<bool(const LongFileName&)> isNoLog);
 
-/// Hears every reason, that is each text of level 0, whether there is a log or not: where nobody
-/// reads a log, a person may be told. The prefix is part of the text.
+/// The listener is told every text of level 0, prefix included, whether there is a log or not.
 using ReasonListener = std::function<void(std::string_view reason)>;
 void listenToReasons(ReasonListener listener);
 

@@ -33,7 +33,7 @@ constexpr std::string_view kUtf8 = "UTF-8";
 constexpr std::string_view kEraseLine = "\r\x1b[K";
 constexpr std::string_view kEraseBelow = "\r\x1b[J";
 
-/// They end a process at once, whatever it is at. Those of noteInterruptions() are not among them.
+/// Signals that end a process at once; those of noteInterruptions() are not among them.
 constexpr std::array kDeadlySignals{SIGQUIT, SIGILL,  SIGTRAP, SIGABRT, SIGBUS,
                                     SIGFPE,  SIGSEGV, SIGSYS,  SIGALRM};
 
@@ -83,7 +83,7 @@ void writeWithin(std::string_view bytes, int milliseconds) {
     }
 }
 
-/// Many a terminal goes on in the next line with one that is wider than it has become.
+/// A terminal that has become narrower shows the rest of a line in the next one.
 std::string_view eraser(unsigned columns) noexcept {
     return columns < shownColumns ? kEraseBelow : kEraseLine;
 }

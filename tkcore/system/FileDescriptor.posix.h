@@ -36,8 +36,7 @@ private:
     int descriptor = kNone;
 };
 
-/// By which the system knows the open file as long as it is open, if its view of processes is
-/// there.
+/// A path that leads to the open file while it is open, where /proc is there.
 std::string descriptorPath(const FileDescriptor& descriptor);
 
 /// The result of a call of the system, which is made again as long as a signal interrupts it.

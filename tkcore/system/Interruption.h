@@ -17,7 +17,7 @@ void noteInterruptions();
 /// none, and for one that came too late.
 int interruption() noexcept;
 
-/// What every loop that may take long fails with once a request to end has been noted.
+/// Thrown by every loop that may take long once a request to end has been noted.
 class Interrupted final : public std::runtime_error {
 public:
     explicit Interrupted(int signal);
@@ -30,11 +30,12 @@ void throwIfInterrupted();
 /// Lets what belongs to the process be suspended and go on together with it.
 void suspendWith(std::function<void()> beforeIt, std::function<void()> afterIt);
 
-/// The same for the last time: where it returns, any request to end comes too late, and what is
-/// about to be delivered will be delivered.
+/// Calls throwIfInterrupted() for the last time. After it returns a request to end comes too late:
+/// the run delivers its result and ends with 0.
 void passPointOfNoReturn();
 
-/// Whether any request to end has come, be it too late: who waits for a reader waits in vain.
+/// Whether any request to end has come, even one that came too late: nobody should wait for a
+/// reader any longer.
 bool isEndRequested() noexcept;
 
 /// Ends the process as the noted request would have ended it, which its caller expects; returns if

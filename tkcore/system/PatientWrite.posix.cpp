@@ -14,10 +14,10 @@ namespace tkcore {
 
 namespace {
 
-/// How long a request to end may go unnoticed, and what a reader is given after it.
+/// How long a request to end may go unnoticed, and how much longer the reader is waited for then.
 constexpr int kMillisecondsToWait = 100;
 
-/// False once it is in vain to wait.
+/// Waits until a write would not block; false once a request to end has come.
 bool awaitRoom(int descriptor) noexcept {
     for (;;) {
         const bool isLast = isEndRequested();
@@ -33,7 +33,8 @@ bool awaitRoom(int descriptor) noexcept {
     }
 }
 
-/// What a pipe with any room takes without waiting; of a file, all.
+/// How many bytes may be written without blocking once there is any room: a pipe guarantees
+/// PIPE_BUF, a file takes all.
 std::size_t mostAtOnce(int descriptor) noexcept {
     struct stat status {};
     const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);

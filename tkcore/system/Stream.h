@@ -7,8 +7,8 @@ namespace tkcore {
 /// The two outputs of the process itself.
 enum class Stream { kOutput, kErrors };
 
-/// Gives the process those of its standard streams that its caller has left closed, as ones that
-/// lead nowhere: else the first files that are opened would be taken for them.
+/// Opens those standard streams that the caller of the program has closed, on the null device. Else
+/// the next files that are opened would become the standard streams.
 void openMissingStreams() noexcept;
 
 /// Writes the text as it is. While nobody reads it waits, but no longer than until a request to end

@@ -13,11 +13,12 @@ unsigned hardwareThreads() noexcept;
 /// Pauses the caller; a signal that arrives meanwhile may end the pause.
 void sleepMilliseconds(unsigned milliseconds);
 
-/// For how long it is worth trying to remove or replace what others may hold open for a moment;
-/// none where that keeps nothing from it.
+/// How long to try again to remove or replace a file that others may hold open for a moment; zero
+/// on systems where an open file can be removed.
 std::chrono::milliseconds removalPatience() noexcept;
 
-/// Tries to remove or replace something, for so long, until that has succeeded or is in vain.
+/// Calls the function until it returns true, but for no longer than that. It returns true once the
+/// file is removed or replaced, or never will be.
 void tryForAMoment(const std::function<bool()>& isSettled);
 
 /// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and

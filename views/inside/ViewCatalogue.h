@@ -13,7 +13,7 @@ struct ViewCatalogueEntry final {
     std::string_view name;  // the stem of its file's name
     std::string_view extractaView;
     std::span<const std::string_view> conditions;
-    std::span<const std::string_view> alternatives;
+    std::span<const std::string_view> alternatives;  // one must hold, if there are any
     std::span<const std::string_view> fields;
     std::span<const std::string_view> moreFields;  // follow the fields
 };
@@ -24,7 +24,7 @@ const ViewCatalogueEntry* findViewCatalogueEntry(ViewType viewType);
 /// The condition that the switch keepUnnamedNets takes out.
 inline constexpr std::string_view kNamedNetsOnly = "NET_NAME != ''";
 
-/// Conditions of a full geometry view that no list of nets restricts to a choice.
+/// The classes that a full geometry view of the whole design leaves out, as conditions.
 std::span<const std::string_view> geometryClassExclusions();
 
 }  // namespace velextracta

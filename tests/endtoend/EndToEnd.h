@@ -109,26 +109,30 @@ protected:
         return found;
     }
 
-    /// Those that have the text on their command line.
-    static std::vector<pid_t> processesWith(const std::string& text) {
+    /// Whether the process has the test's directory on its command line, or stands in it.
+    bool isOurs(const std::filesystem::path& process) const {
+        std::error_code error;
+        const std::string folder = read_symlink(process / "cwd", error);
+        const std::string name = directory.path().filename();
+        return (readFile(process / "cmdline") + folder).find(name) != std::string::npos;
+    }
+
+    /// Those of this test that have the text on their command line; others run at the same time.
+    std::vector<pid_t> processesWith(const std::string& text) const {
         return processesIf([&](const std::filesystem::path& process) {
-            return readFile(process / "cmdline").find(text) != std::string::npos;
+            return readFile(process / "cmdline").find(text) != std::string::npos && isOurs(process);
         });
     }
 
-    /// Whether a process runs that has the test's directory on its command line, or stands in it.
-    /// One for Windows whose starter is killed amid the start may stay in the launcher for ever,
-    /// and never begin.
+    /// Whether a process of this test runs. One for Windows whose starter is killed amid the start
+    /// may stay in the launcher for ever, and never begin.
     bool anyProcessLeft() const {
-        const std::string name = directory.path().filename();
-        const auto isOurs = [&](const std::filesystem::path& process) {
-            std::error_code error;
-            const std::string line = readFile(process / "cmdline");
-            const std::string folder = read_symlink(process / "cwd", error);
-            const bool hasBegun = !kProgramsForWindows || !line.starts_with(PROGRAM_LAUNCHER);
-            return hasBegun && (line + folder).find(name) != std::string::npos;
-        };
-        return !processesIf(isOurs).empty();
+        return !processesIf([&](const std::filesystem::path& process) {
+                    const std::string line = readFile(process / "cmdline");
+                    const bool hasBegun =
+                        !kProgramsForWindows || !line.starts_with(PROGRAM_LAUNCHER);
+                    return hasBegun && isOurs(process);
+                }).empty();
     }
 
     /// The packed files by their bare names.

@@ -217,7 +217,7 @@ TEST_F(Hanging, endsWithTheProgramWhereTheTableOfProcessesIsThatOfOthers) {
     const std::string stay = "'\"$@\" & wait; while :; do sleep 1; done' sh \"$@\"";
     ProgramRun shell(inShell("exec " + apart + stay, {"-z", "design.mcm", "out.vlx"}));
     awaitHanging();
-    const auto isRun = [] { return processesWith("extracta_control_"); };
+    const auto isRun = [this] { return processesWith("extracta_control_"); };
     EXPECT_GE(isRun().size(), 2U);  // and its keeper
     for (const pid_t process : processesWith(VELEXTRACTA)) {
         if (readFile("/proc/" + std::to_string(process) + "/cmdline").starts_with(VELEXTRACTA)) {

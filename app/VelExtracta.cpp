@@ -15,8 +15,8 @@
 #include "app/StatusLine.h"
 #include "app/StatusText.h"
 #include "app/Usage.h"
+#include "executor/Delivery.h"
 #include "executor/ExtractaExecutor.h"
-#include "executor/OutputCheck.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/programs/Process.h"
 #include "tkcore/report/Assertion.h"
@@ -26,7 +26,6 @@
 #include "tkcore/system/Stream.h"
 #include "tkcore/text/AString.h"
 #include "views/ActiveView.h"
-#include "views/ExtractaViewControl.h"
 #include "views/ViewType.h"
 
 namespace {
@@ -66,93 +65,27 @@ int fail(Stage stage) {
     return 1;
 }
 
-/// What a run is about: options, design and output as they were given, and as paths.
+/// What a run is about, as the command line says.
 struct Request final {
     CommandLine options;
     AString designText;
     AString outputText;
-    LongFileName design = pathOf(designText);
-    LongFileName output = pathOf(outputText);
-
-    static LongFileName pathOf(const AString& text) {
-        return text.empty() ? LongFileName() : LongFileName(text);
-    }
-    [[nodiscard]] const ViewSet& views() const {
-        return options.standardViews ? kStandardViews : kCellViews;
-    }
-    /// Where the working directory goes: into the output directory if there is one, else beside
-    /// the design file.
-    [[nodiscard]] AString base() const {
-        const bool isLost = !output.IsInitialized() && !outputText.empty();
-        if (isLost && !options.zip) {
-            return outputText;  // which fails for the right reason
-        }
-        return tkcore::isDirectory(output) ? output.FilePath() : design.folder().FilePath();
-    }
+    LongFileName design = designText.empty() ? LongFileName() : LongFileName(designText);
+    ViewSet views = options.standardViews ? kStandardViews : kCellViews;
+    Delivery delivery{options.zip ? Delivery::Form::kArchive : Delivery::Form::kFolder, outputText,
+                      design, views, options.addedFiles};
 };
 
-bool package(ExtractaExecutor& executor, const Request& request) {
-    const CommandLine& options = request.options;
-    if (!options.addedFiles.empty()) {
-        executor.addFilesToWorkingDir(options.addedFiles);
-    }
-    const AString extension = options.addedFiles.empty() ? ".txt" : "";
-    return options.zip ? executor.zipActiveViews(request.outputText, extension)
-                       : executor.moveActiveViews(request.outputText, extension);
-}
-
-std::vector<AString> viewNames(const ViewSet& views) {
-    std::vector<AString> names;
-    for (std::int32_t n = 0; n < views.GetCount(); ++n) {
-        names.push_back(MakeViewFileName(views.GetAt(n), ""));
-    }
-    return names;
-}
-
-void checkOutput(RunObserver& observer, const Request& request) {
-    const LongFileName base(request.base());
-    std::vector<AString> names = viewNames(request.views());
-    warnAboutAddedFiles(observer, request.options.addedFiles, names);
-    if (request.options.zip) {
-        warnAboutArchive(observer, request.output, request.design);
-        warnAboutRoom(observer, {base, request.output.folder()}, request.design);
-        warnAboutDesignsFolder(observer, base);
-    } else {
-        for (const AString& text : request.options.addedFiles) {
-            names.push_back(LongFileName(text).name());
-        }
-        warnAboutFolder(observer, request.output, names, request.design);
-        warnAboutRoom(observer, {base}, request.design);
-    }
-}
-
-/// Whether a log at the path would be the design, or what the run delivers.
-bool isNoLog(const Request& request, const LongFileName& path) {
-    const LongFileName& output = request.output;
-    const bool isArchive = request.options.zip && path.name() == output.name() &&
-                           tkcore::isSameFile(path.folder(), output.folder());
-    const bool isView = !request.options.zip && path.extension() == ".txt" &&
-                        tkcore::isSameFile(path.folder(), output);
-    return isArchive || isView || tkcore::isSameFile(path, request.design) ||
-           tkcore::isSameFile(path, output);
-}
-
 /// What a success came to, in one line for a person.
-void printSummary(const Request& request, const StatusLine& statusLine,
-                  const std::vector<ActiveView>& views) {
-    std::uint64_t bytes = request.options.zip ? tkcore::fileSize(request.output) : 0;
-    for (const ActiveView& view : views) {
-        const LongFileName moved = request.output.in(MakeViewFileName(view.viewType, ""));
-        bytes += request.options.zip ? 0 : tkcore::fileSize(moved);
-    }
+void printSummary(const Request& request, const StatusLine& statusLine, std::size_t views) {
     std::string nets;
     if (const std::optional<std::size_t> count = statusLine.nets()) {
         nets = (boost::format(", %d nets") % *count).str();
     }
-    tkcore::printOnTerminal(AString::Format("%d views%s, %s in %s: %s", views.size(), nets,
-                                            bytesText(static_cast<double>(bytes)),
+    tkcore::printOnTerminal(AString::Format("%d views%s, %s in %s: %s", views, nets,
+                                            bytesText(static_cast<double>(request.delivery.size())),
                                             timeText(statusLine.elapsed()),
-                                            request.output.FilePath())
+                                            request.delivery.target().FilePath())
                                 .wide());
 }
 
@@ -161,22 +94,22 @@ int run(const Request& request, Stage& stage) {
     StatusLine statusLine;
     ExtractaExecutor executor(statusLine);
     std::vector<ActiveView> activeViews;
-    checkOutput(statusLine, request);
-    if (!executor.createExtractaViews(request.designText, request.base(), request.views(),
+    request.delivery.warnEarly(statusLine);
+    if (!executor.createExtractaViews(request.designText, request.delivery.base(), request.views,
                                       request.options.nets, activeViews)) {
         return fail(stage);
     }
     stage = Stage::kPackaging;
-    const bool packaged = package(executor, request);
+    const bool isDelivered = request.delivery.carryOut(executor);
     tkcore::eraseTerminalLine();
     // Printed whatever the packaging came to; a failure line follows it.
     printOutcome(Stream::kOutput, "VLX file written: ", request.outputText);
-    if (!packaged) {
+    if (!isDelivered) {
         return fail(stage);
     }
     if (tkcore::isPersonAtTerminal()) {
         try {
-            printSummary(request, statusLine, activeViews);
+            printSummary(request, statusLine, activeViews.size());
         } catch (const std::bad_alloc&) {  // what is delivered is delivered
         }
     }
@@ -202,7 +135,7 @@ int runFromCommandLine(int argc, char* argv[], Stage& stage) {
         return answer(argc, argv);
     }
     const Request request{scanCommandLine(argc, argv), argv[argc - 2], argv[argc - 1]};
-    tkcore::keepLogOff([&](const LongFileName& path) { return isNoLog(request, path); });
+    tkcore::keepLogOff([&](const LongFileName& path) { return request.delivery.concerns(path); });
     if (const AString doubt = tkcore::doubtAboutLog(); !doubt.empty()) {
         tkcore::printOnTerminal((AString("warning: ") + doubt).wide());
     }

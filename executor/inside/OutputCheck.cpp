@@ -1,4 +1,4 @@
-#include "executor/OutputCheck.h"
+#include "executor/inside/OutputCheck.h"
 
 #include <algorithm>
 #include <cstdint>

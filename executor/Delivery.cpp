@@ -1,0 +1,92 @@
+#include "executor/Delivery.h"
+
+#include <algorithm>
+
+#include "executor/inside/OutputCheck.h"
+#include "tkcore/files/PathStatus.h"
+#include "views/ExtractaViewControl.h"
+
+namespace velextracta {
+
+using tkcore::AString;
+using tkcore::LongFileName;
+
+namespace {
+
+/// Views and the files that carry out a delivery of views alone are told by this ending.
+constexpr char kViewExtension[] = ".txt";
+
+}  // namespace
+
+Delivery::Delivery(Form deliveredForm, const AString& targetAsGiven, const LongFileName& designFile,
+                   const ViewSet& deliveredViews, const std::vector<AString>& filesToAdd)
+    : form(deliveredForm),
+      text(targetAsGiven),
+      place(text.empty() ? LongFileName() : LongFileName(text)),
+      design(designFile),
+      views(deliveredViews),
+      addedFiles(filesToAdd) {}
+
+AString Delivery::base() const {
+    const bool isLost = !place.IsInitialized() && !text.empty();
+    if (isLost && form == Form::kFolder) {
+        return text;  // which fails for the right reason
+    }
+    return tkcore::isDirectory(place) ? place.FilePath() : design.folder().FilePath();
+}
+
+bool Delivery::concerns(const LongFileName& path) const {
+    const bool isArchive = form == Form::kArchive && path.name() == place.name() &&
+                           tkcore::isSameFile(path.folder(), place.folder());
+    const bool isView = form == Form::kFolder && path.extension() == kViewExtension &&
+                        tkcore::isSameFile(path.folder(), place);
+    return isArchive || isView || tkcore::isSameFile(path, design) ||
+           tkcore::isSameFile(path, place);
+}
+
+void Delivery::warnEarly(RunObserver& observer) const {
+    const LongFileName workingPlace(base());
+    std::vector<AString> names = viewNames();
+    warnAboutAddedFiles(observer, addedFiles, names);
+    if (form == Form::kArchive) {
+        warnAboutArchive(observer, place, design);
+        warnAboutRoom(observer, {workingPlace, place.folder()}, design);
+        warnAboutDesignsFolder(observer, workingPlace);
+    } else {
+        for (const AString& file : addedFiles) {
+            names.push_back(LongFileName(file).name());
+        }
+        warnAboutFolder(observer, place, names, design);
+        warnAboutRoom(observer, {workingPlace}, design);
+    }
+}
+
+bool Delivery::carryOut(ExtractaExecutor& executor) const {
+    if (!addedFiles.empty()) {
+        executor.addFilesToWorkingDir(addedFiles);
+    }
+    const AString extension = addedFiles.empty() ? kViewExtension : "";
+    return form == Form::kArchive ? executor.zipActiveViews(text, extension)
+                                  : executor.moveActiveViews(text, extension);
+}
+
+std::uint64_t Delivery::size() const {
+    if (form == Form::kArchive) {
+        return tkcore::fileSize(place);
+    }
+    std::uint64_t bytes = 0;
+    for (const AString& name : viewNames()) {
+        bytes += tkcore::fileSize(place.in(name));
+    }
+    return bytes;
+}
+
+std::vector<AString> Delivery::viewNames() const {
+    std::vector<AString> names;
+    for (std::int32_t n = 0; n < views.GetCount(); ++n) {
+        names.push_back(MakeViewFileName(views.GetAt(n), ""));
+    }
+    return names;
+}
+
+}  // namespace velextracta

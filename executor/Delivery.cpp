@@ -83,6 +83,7 @@ std::uint64_t Delivery::size() const {
 
 std::vector<AString> Delivery::viewNames() const {
     std::vector<AString> names;
+    names.reserve(static_cast<std::size_t>(views.GetCount()));
     for (std::int32_t n = 0; n < views.GetCount(); ++n) {
         names.push_back(MakeViewFileName(views.GetAt(n), ""));
     }

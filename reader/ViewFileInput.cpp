@@ -14,9 +14,6 @@ namespace {
 // long once it has filled its cache.
 constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 
-/// What is looked at of a file that is not read: some is without a line end, and as long as a disk.
-constexpr std::size_t kHeadSize = std::size_t{1} << 16U;
-
 }  // namespace
 
 ViewFileInput::ViewFileInput(const tkcore::LongFileName& path) : file(path), buffer(kBufferSize) {
@@ -52,23 +49,6 @@ std::span<const char> ViewFileInput::readBytes() {
     const std::span<const char> bytes = buffered();
     position = end;
     return bytes;
-}
-
-std::string doubtAboutViewFile(const tkcore::LongFileName& path) {
-    try {
-        tkcore::InputFile file(path);
-        if (file.isDirectory()) {
-            return "it is a directory";
-        }
-        std::string head(kHeadSize, '\0');
-        head.resize(file.read(head.data(), head.size()));
-        const std::size_t second = head.find('\n');
-        const bool isView = head.starts_with("A!") && second != std::string::npos &&
-                            head.compare(second + 1, 2, "J!") == 0;
-        return isView ? "" : "its first two lines do not begin with A! and J!";
-    } catch (const std::system_error& error) {
-        return error.what();
-    }
 }
 
 }  // namespace velextracta

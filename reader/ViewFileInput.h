@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <functional>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "tkcore/files/InputFile.h"
@@ -34,9 +33,5 @@ private:
     std::size_t position = 0;
     std::size_t end = 0;
 };
-
-/// Why the file is no view file as far as its first two lines tell ("A!" and "J!"), for a warning;
-/// empty if there is nothing to say. Reads no more than 64 KiB.
-std::string doubtAboutViewFile(const tkcore::LongFileName& path);
 
 }  // namespace velextracta

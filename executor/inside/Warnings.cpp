@@ -2,8 +2,9 @@
 
 #include <string>
 
-#include "reader/ViewFileInput.h"
+#include "reader/ViewFileDoubts.h"
 #include "tkcore/report/Log.h"
+#include "views/ExtractaViewDef.h"
 
 namespace velextracta {
 
@@ -26,8 +27,8 @@ void warnAboutNames(RunObserver& observer, const std::vector<AString>& nets) {
 }
 
 void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file) {
-    const std::string doubt = doubtAboutViewFile(file);
-    if (!doubt.empty()) {
+    const ExtractaViewDef request(viewType, {}, false);
+    for (const std::string& doubt : doubtsAboutViewFile(file, request.fields)) {
         warn(observer, "the view " + ViewTypeName(viewType) + " is doubtful: " + file.FilePath() +
                            ": " + doubt);
     }

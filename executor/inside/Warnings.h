@@ -18,7 +18,7 @@ void warn(RunObserver& observer, const tkcore::AString& text);
 /// taken for a part of the name, or one with a line break, which breaks the control file.
 void warnAboutNames(RunObserver& observer, const std::vector<tkcore::AString>& nets);
 
-/// About a view whose file is missing or does not begin like a view file.
+/// About a view whose file is missing, is no view file or has not the columns that were asked for.
 void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file);
 
 }  // namespace velextracta

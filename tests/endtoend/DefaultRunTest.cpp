@@ -126,6 +126,7 @@ TEST_F(DefaultRun, givesTheRecordsOfOneSingleRun) {
         SCOPED_TRACE(testing::PrintToString(options));
         makeDesign(options);
         expectViewsOfOneRun();
+        EXPECT_THAT(readFile(tools / "log"), testing::Not(testing::HasSubstr("doubtful")));
     }
 }
 
@@ -162,6 +163,9 @@ TEST_F(DefaultRun, startsItsProcessesInOrderAndSplitsTheLargestNets) {
                   .find("\tNET_NAME !='Z''\r\n\tNET_NAME !='x y'\r\n\tNET_NAME !='C'\r\n"
                         "\tNET_NAME !='B'\r\n"),
               std::string::npos);
+    EXPECT_THAT(readFile(tools / "log"),
+                testing::ContainsRegex("warning: the view net is doubtful: .*net.txt: column 1 of "
+                                       "its A! line is \"F\", asked for was \"NET_NAME\""));
 }
 
 TEST_F(DefaultRun, keepsNamesOfNetsOffTheLinesOfAControlFile) {

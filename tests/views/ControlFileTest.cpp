@@ -17,6 +17,11 @@ std::string controlFile(const ViewSet& views, const std::vector<AString>& nets) 
     return text.str();
 }
 
+/// The one that docs/EXTRACTOR.md shows.
+std::string documented(const std::string& name) {
+    return readFile(std::filesystem::path(CONTROL_FILES) / (name + ".txt"));
+}
+
 ViewSet only(ViewType viewType) {
     return ViewSet(std::uint64_t{1} << static_cast<int>(viewType));
 }
@@ -25,7 +30,7 @@ TEST(ControlFile, isForEachSelectionTheOneThatExtractaIsUsedTo) {
     const auto usual = [](const std::vector<std::string>& views) {
         std::string blocks;
         for (const std::string& view : views) {
-            blocks += readFile(std::filesystem::path(TEST_DATA) / (view + ".control"));
+            blocks += documented(view);
         }
         return blocks;
     };
@@ -33,6 +38,21 @@ TEST(ControlFile, isForEachSelectionTheOneThatExtractaIsUsedTo) {
               usual({"layer", "paddef", "fullgeo", "conn", "diestack", "net", "component",
                      "outline", "compositepad", "logicalpin"}));
     EXPECT_EQ(controlFile(kCellViews, {}), usual({"layer", "cfullgeo", "cconn", "diestack"}));
+}
+
+TEST(ControlFile, isForEachPartOfConnectivityTheDocumentedOne) {
+    const auto block = [](const ExtractaViewDef& definition) {
+        std::ostringstream text;
+        WriteViewBlock(definition, text);
+        return text.str();
+    };
+    EXPECT_EQ(block(MakeNetListDef({})), documented("connnets"));
+    EXPECT_EQ(block(MakeNetClassDef("GND", ConnectivityClassGroups().front())),
+              documented("conn0_GND_CONDUCTOR_ETCH"));
+    EXPECT_EQ(block({ViewType::conn, {"GND", "VDD_CORE", "VDDQ", "VDD_IO"}, true}),
+              documented("connremainder"));
+    EXPECT_EQ(block({ViewType::fullgeo, {"GND", "VDD_CORE"}, false}),
+              documented("fullgeo-of-two-nets"));
 }
 
 TEST(ControlFile, repeatsTheConditionsBehindEachAlternative) {

@@ -1,0 +1,59 @@
+#include "process/ViewGeneratorTest.h"
+
+#include <unistd.h>
+
+#include "support/Processes.h"
+
+namespace velextracta {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The number behind a name in what the system tells of a process; 0 without the name.
+std::size_t number(const fs::path& process, const char* file, const std::string& name) {
+    const std::string text = readFile(process / file);
+    const std::size_t at = text.find("\n" + name);
+    return at == std::string::npos ? 0 : std::stoul(text.substr(at + name.size() + 1));
+}
+
+std::vector<fs::path> childProcesses() {
+    std::vector<fs::path> children;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        if (number(entry.path(), "status", "PPid:") == static_cast<std::size_t>(getpid())) {
+            children.push_back(entry.path());
+        }
+    }
+    return children;
+}
+
+TEST_F(ViewGenerator, takesAKeeperAndLittleMemoryForEachOfHundreds) {
+    constexpr std::size_t kAtOnce = 200;
+    useExtracta("append started .\nawait end\n");
+    ExtractaViewGenerator::maxConcurrentExtractas = kAtOnce;
+    const auto memory = [] { return number("/proc/self", "smaps_rollup", "Anonymous:"); };
+    const std::size_t before = memory();
+    for (std::size_t n = 0; n < kAtOnce; ++n) {
+        start(AString(std::to_string(n)));
+    }
+    ASSERT_TRUE(eventually(
+        [this] { return readFile(directory / "started") == std::string(kAtOnce, '.'); }));
+    const std::vector<fs::path> keepers = childProcesses();
+    EXPECT_EQ(keepers.size(), kAtOnce);
+#ifndef __SANITIZE_ADDRESS__             // which has memory of its own
+    constexpr std::size_t kMost = 1024;  // KiB
+    EXPECT_LE(memory(), before + 4 * kMost);
+    for (const fs::path& keeper : keepers) {
+        const std::size_t own = number(keeper, "smaps_rollup", "Private_Dirty:");
+        EXPECT_GT(own, 0U);
+        EXPECT_LE(own, kMost);
+    }
+#endif
+    writeFile(directory / "end", "");
+    for (const auto& generator : generators) {
+        generator->waitForViewFile();
+    }
+    EXPECT_EQ(childProcesses().size(), 0U);
+}
+
+}  // namespace
+}  // namespace velextracta

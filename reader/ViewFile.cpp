@@ -1,11 +1,14 @@
 #include "reader/ViewFile.h"
 
+#include <algorithm>
 #include <system_error>
 
 #include "reader/inside/ExtractaViewGrammar.h"
+#include "reader/inside/TableReceiver.h"
 #include "tkcore/files/InputFile.h"
 #include "tkcore/report/ExtractaParserException.h"
 #include "tkcore/report/Log.h"
+#include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 
@@ -13,14 +16,39 @@ using tkcore::ExtractaParserException;
 
 namespace {
 
-std::string readText(const std::string& path) {
-    tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
+// Large enough to make the system's share small, small enough to stay in the processor's memory.
+constexpr std::size_t kBlockSize = std::size_t{1} << 17U;
+
+template <typename Iterator>
+void parse(Iterator first, Iterator last, const std::string& path, ViewReceiver& receiver) {
+    const ExtractaViewGrammar<Iterator> grammar(receiver);
+    const bool matched = boost::spirit::qi::parse(first, last, grammar);
+    if (matched && first == last) {
+        return;
+    }
+    throw ExtractaParserException(path + " parsing failed" +
+                                  (matched ? " to parse whole file" : "") +
+                                  " after successfully parsing the first " +
+                                  std::to_string(receiver.recordCount()) + " S records");
+}
+
+void refuseDirectory(const tkcore::InputFile& file, const std::string& path) {
     if (file.isDirectory()) {
         throw std::system_error(std::make_error_code(std::errc::is_a_directory), path);
     }
+}
+
+std::string readText(const std::string& path) {
+    tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
+    refuseDirectory(file, path);
     std::string text(file.size(), '\0');
     text.resize(file.read(text.data(), text.size()));  // it may have become shorter
     return text;
+}
+
+ExtractaParserException couldNotOpen(const std::string& path, const std::system_error& error) {
+    tkcore::writeLog(0, "error: ", error.what());
+    return ExtractaParserException("Could not open file: " + path);
 }
 
 }  // namespace
@@ -30,24 +58,38 @@ void readViewFile(const std::string& path, ExtractaViewData& data) {
     try {
         text = readText(path);
     } catch (const std::system_error& error) {
-        tkcore::writeLog(0, "error: ", error.what());
-        throw ExtractaParserException("Could not open file: " + path);
+        throw couldNotOpen(path, error);
     }
     parseViewText(text, path, data);
 }
 
 void parseViewText(std::string_view text, const std::string& path, ExtractaViewData& data) {
-    using Iterator = std::string_view::const_iterator;
-    const ExtractaViewGrammar<Iterator> grammar(data);
-    Iterator stop = text.cbegin();
-    const bool matched = boost::spirit::qi::parse(stop, text.cend(), grammar);
-    if (matched && stop == text.cend()) {
-        return;
+    TableReceiver receiver(data);
+    parse(text.cbegin(), text.cend(), path, receiver);
+}
+
+void streamViewFile(const std::string& path, ViewReceiver& receiver) {
+    try {
+        tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
+        refuseDirectory(file, path);
+        std::uint64_t unread = file.size();  // it may be growing
+        ViewWindow window(
+            [&](char* destination, std::size_t size) {
+                tkcore::throwIfInterrupted();
+                const std::size_t wanted = std::min<std::uint64_t>(size, unread);
+                const std::size_t count = file.readSome(destination, wanted);
+                unread -= count;
+                return count;
+            },
+            kBlockSize);
+        streamView(window, path, receiver);
+    } catch (const std::system_error& error) {
+        throw couldNotOpen(path, error);
     }
-    throw ExtractaParserException(path + " parsing failed" +
-                                  (matched ? " to parse whole file" : "") +
-                                  " after successfully parsing the first " +
-                                  std::to_string(data.records().size()) + " S records");
+}
+
+void streamView(ViewWindow& window, const std::string& path, ViewReceiver& receiver) {
+    parse(ViewIterator(window), ViewIterator(), path, receiver);
 }
 
 }  // namespace velextracta

@@ -3,42 +3,44 @@
 #include <boost/phoenix/bind.hpp>
 #include <boost/spirit/include/qi.hpp>
 
-#include "reader/ExtractaViewData.h"
+#include "reader/ViewReceiver.h"
 #include "reader/inside/FieldParser.h"
 
 namespace velextracta {
 
 /// The syntax of a view file: a header record "A!", a J record "J!", then S records "S!", each a
 /// list of fields with "!" between them, ended by CR LF. Every byte counts; a lone CR or LF is
-/// part of a field. What a handler has stored stays stored when the parse fails behind it.
+/// part of a field.
+///
+/// Every view file is parsed by this grammar in one go: a text in memory by the iterator of a text,
+/// a file of any size by ViewIterator, which reads on as the grammar gets on. Only the receivers
+/// differ in what they keep. What one has taken stays taken when the parse fails behind it.
 template <typename Iterator>
 class ExtractaViewGrammar final : public boost::spirit::qi::grammar<Iterator> {
 public:
-    /// The grammar fills the table and must not outlive it.
-    explicit ExtractaViewGrammar(ExtractaViewData& table)
-        : ExtractaViewGrammar::base_type(start, "view file"), data(&table) {
-        namespace phoenix = boost::phoenix;  // a bare bind would find the standard one as well
+    /// The grammar fills the receiver and must not outlive it.
+    explicit ExtractaViewGrammar(ViewReceiver& viewReceiver)
+        : ExtractaViewGrammar::base_type(start, "view file"), receiver(&viewReceiver) {
+        using boost::phoenix::bind;
         using boost::spirit::qi::_1;
+        using boost::spirit::qi::eps;
         using boost::spirit::qi::lit;
-        using Grammar = ExtractaViewGrammar;
-        using Data = ExtractaViewData;
-
-        // Left to itself the list parser would gather the records in a vector.
-        const boost::spirit::qi::as<Data::Records> recordList;
+        using Receiver = ViewReceiver;
 
         fieldList = (fieldText % lit('!')) >> *lit("\r\n");
 
-        start = lit("A!") >> fieldList[phoenix::bind(&Grammar::onHeader, this, _1)] >> lit("J!") >>
-                fieldList[phoenix::bind(&Data::setJRecord, data, _1)] >>
-                recordList[*(lit("S!") >> fieldList)][phoenix::bind(&Data::setSRecords, data, _1)];
+        start = lit("A!") >> fieldList[bind(&ExtractaViewGrammar::onHeader, this, _1)] >>
+                lit("J!") >> fieldList[bind(&Receiver::setJRecord, receiver, _1)] >>
+                *(lit("S!") >> fieldList[bind(&Receiver::addSRecord, receiver, _1)]) >>
+                eps[bind(&Receiver::endSRecords, receiver)];
     }
 
 private:
-    void onHeader(const FieldList& names) { data->addColumns(names); }
+    void onHeader(const FieldList& names) { receiver->addColumns(names); }
 
     boost::spirit::qi::rule<Iterator> start;
     boost::spirit::qi::rule<Iterator, FieldList()> fieldList;
-    ExtractaViewData* data;
+    ViewReceiver* receiver;
 };
 
 }  // namespace velextracta

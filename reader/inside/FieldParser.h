@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <iterator>
 #include <string_view>
 #include <type_traits>
@@ -9,6 +10,22 @@
 #include "reader/inside/FieldList.h"
 
 namespace velextracta {
+
+/// How many bytes the first field of the text has; all of them if the text ends before it does.
+inline std::size_t fieldLength(std::string_view text) {
+    if (text.starts_with("\r\n")) {
+        return 0;  // as every record of extracta ends; the next ! is another record's
+    }
+    text = text.substr(0, text.find('!'));
+    return text.substr(0, text.find("\r\n")).size();
+}
+
+/// The field at a place of a text in memory.
+template <std::contiguous_iterator Iterator>
+std::string_view fieldAt(Iterator place, Iterator end) {
+    const std::string_view text(place, end);
+    return text.substr(0, fieldLength(text));
+}
 
 /// The terminal `fieldText` of the view file grammar: *((char_ - "\r\n") - '!'), taken in one go.
 /// Searching for the end of a field is several times faster than asking at each byte whether it
@@ -25,9 +42,7 @@ struct FieldParser : boost::spirit::qi::primitive_parser<FieldParser> {
     template <typename Iterator, typename Context, typename Skipper, typename Attribute>
     bool parse(Iterator& first, const Iterator& last, Context&, const Skipper&,
                Attribute& result) const {
-        std::string_view text(first, last);
-        text = text.substr(0, text.find('!'));
-        text = text.substr(0, text.find("\r\n"));
+        const std::string_view text = fieldAt(first, last);
         first += static_cast<std::iter_difference_t<Iterator>>(text.size());
         if constexpr (!std::is_same_v<Attribute, const boost::spirit::unused_type>) {
             result = text;

@@ -1,10 +1,18 @@
+#include <cstdlib>
+#include <functional>
+#include <thread>
+
 #include <boost/algorithm/string/replace.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "reader/ViewFile.h"
+#include "reader/inside/TableReceiver.h"
+#include "support/BlockSource.h"
 #include "support/TemporaryDirectory.h"
+#include "support/TestSystem.h"
 #include "tkcore/report/ExtractaParserException.h"
+#include "tkcore/system/Interruption.h"
 
 namespace velextracta {
 namespace {
@@ -27,15 +35,34 @@ std::string shown(const ExtractaViewData& data) {
     return text;
 }
 
-/// What the table shows once the file is read, or the failure's message, "FILE" for the path.
-std::string readFrom(const std::string& path) {
+/// What the table shows once it is read, or the failure's message, "FILE" for the path.
+std::string outcome(const std::string& path, const std::function<void(ExtractaViewData&)>& read) {
     ExtractaViewData data;
     try {
-        readViewFile(path, data);
+        read(data);
         return shown(data);
     } catch (const tkcore::ExtractaParserException& failure) {
         return boost::algorithm::replace_first_copy(std::string(failure.what()), path, "FILE");
     }
+}
+
+std::string readFrom(const std::string& path) {
+    return outcome(path, [&](ExtractaViewData& data) { readViewFile(path, data); });
+}
+
+std::string streamFrom(const std::string& path) {
+    return outcome(path, [&](ExtractaViewData& data) {
+        TableReceiver receiver(data);
+        streamViewFile(path, receiver);
+    });
+}
+
+std::string streamInSteps(const std::string& text, std::size_t mostAtOnce) {
+    return outcome("FILE", [&](ExtractaViewData& data) {
+        ViewWindow window(inSteps(text, mostAtOnce), mostAtOnce);
+        TableReceiver receiver(data);
+        streamView(window, "FILE", receiver);
+    });
 }
 
 TEST(ViewFileReader, takesEveryByteOfAFileAsTheFormatSays) {
@@ -64,13 +91,19 @@ TEST(ViewFileReader, takesEveryByteOfAFileAsTheFormatSays) {
     for (const auto& [text, expected] : files) {
         writeFile(directory / "nets.txt", text);
         EXPECT_EQ(readFrom((directory / "nets.txt").string()), expected) << text.substr(0, 40);
+        EXPECT_EQ(streamFrom((directory / "nets.txt").string()), expected) << text.substr(0, 40);
+        for (const std::size_t mostAtOnce : {1, 2, 3, 7, 1000}) {
+            EXPECT_EQ(streamInSteps(text, mostAtOnce), expected) << text.substr(0, 40);
+        }
     }
 }
 
 TEST(ViewFileReader, namesAFileThatCannotBeRead) {
     const TemporaryDirectory directory;
-    for (const auto& path : {directory.path(), directory / "absent.txt"}) {
+    makeFifo(directory / "pipe");
+    for (const auto& path : {directory.path(), directory / "absent.txt", directory / "pipe"}) {
         EXPECT_EQ(readFrom(path.string()), "Could not open file: FILE");
+        EXPECT_EQ(streamFrom(path.string()), "Could not open file: FILE");
     }
 }
 
@@ -93,6 +126,70 @@ TEST(ViewFileReader, refusesATableThatHasRecordsAndLeavesItAsItWas) {
                     "View Data: Cannot add header information after data has been bound."));
     EXPECT_EQ(data.columnIndex("new"), ExtractaViewData::kNoColumn);
     EXPECT_EQ(shown(data), "1|b ; 1|c");
+}
+
+/// A file of several blocks to which something happens once the first of them is read.
+class StreamedFile : public testing::Test {
+protected:
+    static constexpr std::size_t kRecords = 50'000;
+    static constexpr std::string_view kHeader = "A!NET_NAME!\r\nJ!x!\r\n";
+    static constexpr std::string_view kRecord = "S!GND!\r\n";
+
+    class Receiver final : public ViewReceiver {
+    public:
+        explicit Receiver(std::function<void()> whatHappens) : happen(std::move(whatHappens)) {}
+        void addColumns(const FieldList& /*names*/) override {}
+        void setJRecord(FieldList& /*fields*/) override { happen(); }
+        void addSRecord(FieldList& /*fields*/) override { ++records; }
+        std::uint64_t recordCount() const override { return records; }
+
+    private:
+        const std::function<void()> happen;
+        std::uint64_t records = 0;
+    };
+
+    void SetUp() override {
+        std::string text(kHeader);
+        for (std::size_t record = 0; record < kRecords; ++record) {
+            text += kRecord;
+        }
+        writeFile(file, text);
+    }
+
+    const TemporaryDirectory directory;
+    const std::filesystem::path file = directory / "nets.txt";
+};
+
+TEST_F(StreamedFile, isReadAsFarAsItWentAndStillGoes) {
+    Receiver untilThen([&] { std::ofstream(file, std::ios::app) << "no record"; });
+    streamViewFile(file.string(), untilThen);
+    EXPECT_EQ(untilThen.recordCount(), kRecords);
+
+    constexpr std::size_t kLeft = kRecords - 9;
+    Receiver untilNow(
+        [&] { std::filesystem::resize_file(file, kHeader.size() + kLeft * kRecord.size()); });
+    streamViewFile(file.string(), untilNow);
+    EXPECT_EQ(untilNow.recordCount(), kLeft);
+}
+
+TEST_F(StreamedFile, isReadNoFurtherAfterAnInterruption) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto readInterrupted = [&] {
+        tkcore::noteInterruptions();
+        Receiver receiver([] {
+            interruptThisProcess();
+            while (tkcore::interruption() == 0) {
+                std::this_thread::yield();
+            }
+        });
+        try {
+            streamViewFile(file.string(), receiver);
+        } catch (const tkcore::Interrupted&) {
+            std::_Exit(receiver.recordCount() < kRecords / 2 ? 0 : 1);
+        }
+        std::_Exit(2);
+    };
+    EXPECT_EXIT(readInterrupted(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -1,0 +1,53 @@
+#include "reader/inside/ViewWindow.h"
+
+#include <utility>
+
+#include "reader/inside/FieldParser.h"
+
+namespace velextracta {
+
+namespace {
+
+// The longest literal of the grammar: where it does not match, the grammar goes back to its start.
+constexpr std::uint64_t kLookBack = 2;
+
+}  // namespace
+
+ViewWindow::ViewWindow(Source source, std::size_t blockSize)
+    : read(std::move(source)), buffer(blockSize) {}
+
+std::string_view ViewWindow::textFrom(std::uint64_t position) const {
+    return {buffer.data() + (position - begin), static_cast<std::size_t>(end - position)};
+}
+
+std::string_view ViewWindow::field(std::uint64_t position) {
+    std::size_t length = fieldLength(textFrom(position));
+    while (length == textFrom(position).size() && readFrom(position)) {
+        length -= std::min<std::size_t>(length, 1);  // a CR may be half a line end
+        length += fieldLength(textFrom(position + length));
+    }
+    return textFrom(position).substr(0, length);
+}
+
+/// Reads on behind what there is; what lies before the position is needed no longer.
+bool ViewWindow::readFrom(std::uint64_t position) {
+    if (filled() == buffer.size()) {
+        makeRoom(std::max(begin, position - std::min(position, kLookBack)));
+    }
+    const std::size_t count = read(buffer.data() + filled(), buffer.size() - filled());
+    end += count;
+    return count != 0;
+}
+
+/// Moves what is needed to the front, or has twice the room if that is most of what there is: so
+/// the moves of a long field do not add up.
+void ViewWindow::makeRoom(std::uint64_t needed) {
+    if (end - needed > needed - begin) {
+        buffer.resize(2 * buffer.size());
+        return;
+    }
+    std::ranges::copy(textFrom(needed), buffer.begin());
+    begin = needed;
+}
+
+}  // namespace velextracta

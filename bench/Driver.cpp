@@ -115,9 +115,9 @@ void merge(Arguments arguments) {
 /// SURVEY: prints "COUNT NET" lines.
 void rank(Arguments arguments) {
     const Times begin = timesNow();
-    ExtractaViewData survey;
-    readViewFile(arguments[0], survey);
-    for (const RankedNet& net : rankNets(survey, arguments[0])) {
+    NetSurvey survey;
+    streamViewFile(arguments[0], survey);
+    for (const RankedNet& net : survey.takeRanking(arguments[0])) {
         std::cout << net.recordCount << ' ' << net.netName << '\n';
     }
     reportSince(begin);

@@ -1,13 +1,11 @@
-// The reader of view files and the ranking of nets that is made from what it read.
+// The reader of view files, from memory into a table and in steps into both of its receivers.
 
-#include <set>
 #include <string>
 #include <string_view>
 
-#include "executor/inside/NetRanking.h"
 #include "fuzz/Fuzzer.h"
-#include "reader/ViewFile.h"
-#include "tkcore/report/ExtractaParserException.h"
+#include "reader/inside/TableReceiver.h"
+#include "support/SurveyRanking.h"
 
 using namespace velextracta;
 
@@ -68,22 +66,25 @@ void checkWholeFile(std::string_view text, const ExtractaViewData& table) {
     }
 }
 
-void checkRanking(const ExtractaViewData& survey) {
-    std::vector<RankedNet> ranking;
+/// The failure's text, or none.
+std::string readFromMemory(std::string_view text, ExtractaViewData& table) {
     try {
-        ranking = rankNets(survey, kPath);
-    } catch (const tkcore::ExtractaParserException&) {
-        return;
+        parseViewText(text, kPath, table);
+        return {};
+    } catch (const tkcore::ExtractaParserException& failure) {
+        return failure.message();
     }
-    std::uint64_t recordCount = 0;
-    for (std::size_t rank = 0; rank < ranking.size(); ++rank) {
-        recordCount += ranking[rank].recordCount;
-        promise(rank == 0 || ranking[rank - 1].recordCount > ranking[rank].recordCount ||
-                    (ranking[rank - 1].recordCount == ranking[rank].recordCount &&
-                     ranking[rank - 1].netName > ranking[rank].netName),
-                "each net ranks once, behind those with more records or a greater name");
+}
+
+std::string readInSteps(std::string_view text, std::size_t mostAtOnce, ExtractaViewData& table) {
+    ViewWindow window(inSteps(text, mostAtOnce), mostAtOnce);
+    TableReceiver receiver(table);
+    try {
+        streamView(window, kPath, receiver);
+        return {};
+    } catch (const tkcore::ExtractaParserException& failure) {
+        return failure.message();
     }
-    promise(recordCount == survey.records().size(), "every record counts for one net");
 }
 
 }  // namespace
@@ -91,17 +92,19 @@ void checkRanking(const ExtractaViewData& survey) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(bytes), size);
     ExtractaViewData table;
-    bool isWhole = true;
-    try {
-        parseViewText(text, kPath, table);
-    } catch (const tkcore::ExtractaParserException&) {
-        isWhole = false;
-    }
-    if (isWhole) {
+    const std::string failure = readFromMemory(text, table);
+    if (failure.empty()) {
         checkWholeFile(text, table);
-    } else {
-        writtenRecords(table);  // what was understood by then is sound as well
     }
-    checkRanking(table);
+    const std::string records = writtenRecords(table);
+    const std::string ranking = rankedFromTable(text, kPath);
+    for (const std::size_t mostAtOnce : {1, 2, 3, 64}) {
+        ExtractaViewData streamed;
+        promise(readInSteps(text, mostAtOnce, streamed) == failure,
+                "steps fail where the whole fails, with the same text");
+        promise(writtenRecords(streamed) == records, "steps find the same records");
+        promise(rankedInSteps(text, kPath, mostAtOnce) == ranking,
+                "counting in steps comes to what the table says");
+    }
     return 0;
 }

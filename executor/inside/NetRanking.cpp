@@ -1,11 +1,9 @@
 #include "executor/inside/NetRanking.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
-#include <string_view>
 #include <tuple>
-
-#include <boost/unordered/unordered_flat_map.hpp>
 
 #include "tkcore/report/ExtractaParserException.h"
 #include "views/ExtractaViewDef.h"
@@ -14,41 +12,48 @@ namespace velextracta {
 
 namespace {
 
-// Views of the survey's own texts: a survey has many records of few nets.
-using NetRecordCounts = boost::unordered_flat_map<std::string_view, std::uint64_t>;
-
-NetRecordCounts countRecordsByNet(const ExtractaViewData& survey, const std::string& path) {
-    const std::uint32_t netNameColumn = survey.columnIndex(kNetNameField);
-    if (netNameColumn == ExtractaViewData::kNoColumn) {
-        throw tkcore::ExtractaParserException(path + " has no NET_NAME column");
-    }
-    NetRecordCounts counts;
-    std::uint64_t recordNumber = 0;
-    for (const FieldList& record : survey.records()) {
-        ++recordNumber;
-        const std::optional<std::string_view> netName = record.field(netNameColumn);
-        if (!netName) {
-            throw tkcore::ExtractaParserException(path + " record " + std::to_string(recordNumber) +
-                                                  " is too short for its NET_NAME column");
-        }
-        ++counts[*netName];
-    }
-    return counts;
-}
-
 bool ranksBefore(const RankedNet& left, const RankedNet& right) {
     return std::tie(left.recordCount, left.netName) > std::tie(right.recordCount, right.netName);
 }
 
 }  // namespace
 
-std::vector<RankedNet> rankNets(const ExtractaViewData& survey, const std::string& path) {
-    const NetRecordCounts counts = countRecordsByNet(survey, path);
-    std::vector<RankedNet> ranking;
-    ranking.reserve(counts.size());
-    for (const auto& [netName, recordCount] : counts) {
-        ranking.push_back({recordCount, std::string(netName)});
+void NetSurvey::addColumns(const FieldList& names) {
+    header.addColumns(names);
+    netNameColumn = header.columnIndex(kNetNameField);
+}
+
+void NetSurvey::addSRecord(FieldList& fields) {
+    ++records;
+    // A short record fails the ranking, not the reading: that the file is no view is told first.
+    if (const std::optional<std::string_view> netName = fields.field(netNameColumn)) {
+        ++net(*netName).recordCount;
+    } else if (firstShortRecord == 0) {
+        firstShortRecord = records;
     }
+}
+
+RankedNet& NetSurvey::net(std::string_view name) {
+    if (const auto known = netsByName.find(name); known != netsByName.end()) {
+        return *known->second;
+    }
+    RankedNet& added = nets.emplace_back(RankedNet{0, std::string(name)});
+    netsByName.emplace(added.netName, &added);
+    return added;
+}
+
+std::vector<RankedNet> NetSurvey::takeRanking(const std::string& path) {
+    if (netNameColumn == ExtractaViewData::kNoColumn) {
+        throw tkcore::ExtractaParserException(path + " has no NET_NAME column");
+    }
+    if (firstShortRecord != 0) {
+        throw tkcore::ExtractaParserException(path + " record " + std::to_string(firstShortRecord) +
+                                              " is too short for its NET_NAME column");
+    }
+    netsByName.clear();
+    std::vector<RankedNet> ranking(std::move_iterator(nets.begin()),
+                                   std::move_iterator(nets.end()));
+    nets.clear();
     std::sort(ranking.begin(), ranking.end(), ranksBefore);
     return ranking;
 }

@@ -1,10 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include <boost/unordered/unordered_flat_map.hpp>
+
 #include "reader/ExtractaViewData.h"
+#include "reader/ViewReceiver.h"
 
 namespace velextracta {
 
@@ -14,9 +19,29 @@ struct RankedNet {
     std::string netName;
 };
 
-/// The nets of a survey, most records first; of nets with equally many, the one whose name is
-/// byte-wise greater first. Throws ExtractaParserException, naming the surveyed file, when it has
-/// no NET_NAME column or one of its records ends before that column.
-std::vector<RankedNet> rankNets(const ExtractaViewData& survey, const std::string& path);
+/// Counts the records of each net while a survey is read. It holds the nets alone: a survey has a
+/// record for every piece of metal of a design.
+class NetSurvey final : public ViewReceiver {
+public:
+    void addColumns(const FieldList& names) override;
+    void setJRecord(FieldList& /*fields*/) override {}
+    void addSRecord(FieldList& fields) override;
+    std::uint64_t recordCount() const override { return records; }
+
+    /// Hands the nets over, most records first; of nets with equally many, the one whose name is
+    /// byte-wise greater first. Throws ExtractaParserException, naming the surveyed file, when it
+    /// has no NET_NAME column or one of its records ends before that column.
+    std::vector<RankedNet> takeRanking(const std::string& path);
+
+private:
+    RankedNet& net(std::string_view name);
+
+    ExtractaViewData header;  // knows which column is which, and has no records
+    std::uint32_t netNameColumn = ExtractaViewData::kNoColumn;
+    std::uint64_t records = 0;
+    std::uint64_t firstShortRecord = 0;  // counted from 1; 0 while there is none
+    std::deque<RankedNet> nets;  // in the order in which they came first; none of them moves
+    boost::unordered_flat_map<std::string_view, RankedNet*> netsByName;  // views of their names
+};
 
 }  // namespace velextracta

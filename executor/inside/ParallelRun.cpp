@@ -156,11 +156,11 @@ std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets)
     survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, "nets");
     const std::string path = VEL_ANSI(survey->waitForViewFile().path);
     directory.requireName();
-    ExtractaViewData records;
-    readViewFile(path, records);
+    NetSurvey connectivity;
+    streamViewFile(path, connectivity);
     tkcore::VelDebug(1, "createExtractaControlFileAndViewsMP %d connectivity records\n",
-                     records.records().size());
-    return rankNets(records, path);
+                     connectivity.recordCount());
+    return connectivity.takeRanking(path);
 }
 
 /// A net that cannot is left to the remainder.

@@ -1,7 +1,7 @@
 // bench-driver PART ARGUMENT...: puts one piece of the product under load, for bench/run to time.
 //
 // The last line that a part prints is what it took: seconds of wall time, of processor time in
-// user mode, of processor time in the system, and bytes of memory at the peak.
+// user mode, of processor time in the system, how often it slept, and bytes of memory at the peak.
 
 #include <algorithm>
 #include <array>
@@ -23,6 +23,7 @@
 
 #include <sys/resource.h>
 
+#include "app/StatusLine.h"
 #include "archive/CZipArchive.h"
 #include "executor/inside/ConnectivityMerge.h"
 #include "executor/inside/NetRanking.h"
@@ -60,7 +61,7 @@ long peakMemory() {
     return peak * kUnit;
 }
 
-using Times = std::array<double, 3>;  // wall, user mode, system; in seconds
+using Times = std::array<double, 4>;  // wall, user mode, system, in seconds; number of sleeps
 
 Times timesNow() {
     rusage usage{};
@@ -69,7 +70,7 @@ Times timesNow() {
         return Seconds(std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec));
     };
     return {Seconds(Clock::now().time_since_epoch()).count(), seconds(usage.ru_utime).count(),
-            seconds(usage.ru_stime).count()};
+            seconds(usage.ru_stime).count(), static_cast<double>(usage.ru_nvcsw)};
 }
 
 void reportSince(const Times& begin) {
@@ -135,12 +136,15 @@ void writeControlFile(Arguments arguments) {
     }
 }
 
-/// LIMIT DIRECTORY NAME...: reports the waiting alone, once every child was started or queued.
+/// LIMIT DIRECTORY NAME...: reports the waiting alone, once every child was started or queued. On a
+/// terminal, the status line shows them.
 void runPool(Arguments arguments) {
     ExtractaViewGenerator::maxConcurrentExtractas = parseNumber(arguments[0]);
     tkcore::LongFileName workingDirectory(arguments[1]);
     workingDirectory.MakeItDirectory();
     const tkcore::LongFileName design(workingDirectory.FilePath() + "design");
+    StatusLine statusLine;
+    const auto reporting = ExtractaViewGenerator::reportTo(statusLine);
     std::vector<std::unique_ptr<ExtractaViewGenerator>> generators;
     for (const char* name : arguments.subspan(2)) {
         generators.push_back(std::make_unique<ExtractaViewGenerator>(
@@ -149,16 +153,6 @@ void runPool(Arguments arguments) {
     const Times begin = timesNow();
     for (const auto& generator : generators) {
         generator->waitForViewFile();
-    }
-    reportSince(begin);
-}
-
-/// MILLISECONDS: what nobody who looks after something each millisecond can do without.
-void sleepInPasses(Arguments arguments) {
-    const Times begin = timesNow();
-    const auto end = Clock::now() + std::chrono::milliseconds(parseNumber(arguments[0]));
-    while (Clock::now() < end) {
-        tkcore::sleepMilliseconds(1);
     }
     reportSince(begin);
 }
@@ -181,8 +175,8 @@ struct Part {
 constexpr Part kParts[] = {
     {"pack", 2, pack},          {"merge", 2, merge},
     {"rank", 1, rank},          {"control-file", 1, writeControlFile},
-    {"pool", 3, runPool},       {"sleep", 1, sleepInPasses},
-    {"child", 1, sleepAsNamed}, {"-k", 1, sleepAsNamed},  // a child that is called as extracta is
+    {"pool", 3, runPool},       {"child", 1, sleepAsNamed},
+    {"-k", 1, sleepAsNamed},  // a child that is called as extracta is
 };
 
 }  // namespace

@@ -15,6 +15,7 @@ import packing
 import report
 import running
 import texts
+from rows import Row, rows_of
 from workbench import FULL, QUICK, Workbench
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -25,7 +26,7 @@ PARTS = {
     "merge": texts.measure_merge,
     "survey": texts.measure_survey,
     "scheduling": running.measure_scheduling,
-    "idle": running.measure_idle,
+    "waiting": running.measure_waiting,
     "startup": running.measure_startup,
     "whole-run": running.measure_whole_run,
 }
@@ -43,16 +44,17 @@ results.mkdir(parents=True, exist_ok=True)
 if (free := shutil.disk_usage(results).free) < sizes.disk_bytes:
     sys.exit(f"{results}: {sizes.disk_bytes >> 30} GiB are needed, {free >> 30} GiB are free")
 machine = report.describe_machine()
-rows: list[report.Row] = []
+rows: list[Row] = []
 with tempfile.TemporaryDirectory(prefix="inputs-", dir=results) as scratch:
     bench = Workbench(ROOT / "build/release", Path(scratch), sizes)
     for part in arguments.only or PARTS:
         print(f"measuring: {part}", file=sys.stderr, flush=True)
-        for row in PARTS[part](bench):
+        for row in rows_of(part, PARTS[part], bench):
             if arguments.quick:
                 row.used = []  # small inputs tell that everything works, and nothing else
             rows.append(row)
-        # Kept whatever comes of the parts after it.
+        bench.tidy()  # what a part that failed has left might fill the disk for the others
         report.write(results, machine, sizes, rows, bench.runs)
 print(*(f"{name}: {value}" for name, value in machine.items()), sep="\n", end="\n\n")
 print(report.table(rows, "simple"))
+sys.exit(any(row.failed for row in rows))

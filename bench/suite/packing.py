@@ -9,7 +9,7 @@ import subprocess
 import time
 from pathlib import Path
 
-from report import Row
+from rows import Row
 from workbench import GIB, MIB, median_seconds, peak_memory, remove, total_size
 
 THREADS = (1, 2, 4, 8)
@@ -72,7 +72,7 @@ class Packings:
         for the disk. Time in user mode counts as deflating and proving: hardly anything else is
         done there."""
         told = [run.told for run in self.runs[threads]]
-        return statistics.median(1 - user / (threads * wall) for wall, user, _, _ in told)
+        return statistics.median(1 - each.user / (threads * each.seconds) for each in told)
 
 
 def measure_many_files(bench):
@@ -137,14 +137,24 @@ def measure_large_file(bench):
     )
 
 
-def interrupted_seconds(command, extracta, delay: float) -> float:
-    """From SIGINT to the end of a run that packs a large view, so many seconds into it."""
+def read_position(process: int, name: str) -> int:
+    """How far it has read its open file of that name; 0 while, or when, there is none."""
+    try:
+        for descriptor in Path(f"/proc/{process}/fd").iterdir():
+            if descriptor.resolve().name == name:
+                told = Path(f"/proc/{process}/fdinfo/{descriptor.name}").read_text()
+                return int(told.split()[1])
+    except FileNotFoundError:  # closed meanwhile
+        pass
+    return 0
+
+
+def interrupted_seconds(command, extracta, place: int) -> float:
+    """From SIGINT to the end of a run that packs a large view, when it has read so much of it."""
     environment = {**os.environ, "VELTAR_EXTRACTA_PATHOVERRIDE": str(extracta)}
     with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as run:
-        descriptors = Path(f"/proc/{run.pid}/fd")
-        while all(each.resolve().name != "diestack.txt" for each in descriptors.iterdir()):
-            time.sleep(0.005)
-        time.sleep(delay)
+        while run.poll() is None and read_position(run.pid, "diestack.txt") < place:
+            time.sleep(0.002)
         begin = time.monotonic()
         run.send_signal(signal.SIGINT)
         code = run.wait()
@@ -166,9 +176,9 @@ def measure_interruption(bench):
     design = bench.make_design(records=1000)
     command = [bench.program("VelExtracta"), "-z", "-cell", design, bench.scratch / "out.vlx"]
     chosen = random.Random(1)
-    longest = size / (400 * MIB)  # well within the packing
-    delays = [chosen.uniform(0.05, longest) for _ in range(INTERRUPTIONS)]
-    seconds = [interrupted_seconds(command, extracta, delay) for delay in delays]
+    # Behind what is looked at before the packing; so far from the end that it is not over by then.
+    places = [chosen.randint(MIB, size // 2) for _ in range(INTERRUPTIONS)]
+    seconds = [interrupted_seconds(command, extracta, place) for place in places]
     begin = time.monotonic()
     remove(large)  # as the run removes the view
     removal = time.monotonic() - begin

@@ -1,6 +1,5 @@
-"""The rows of the result, the machine they are of, and the ways in which both are shown."""
+"""The machine that the rows are of, and the ways in which they are shown."""
 
-import dataclasses
 import json
 import os
 import platform
@@ -13,24 +12,9 @@ from tabulate import tabulate
 COMPARED = ["zip", "p7zip-full", "mawk", "coreutils", "findutils", "libdeflate0"]
 
 
-@dataclasses.dataclass
-class Row:
-    what: str
-    against: str
-    goal: str
-    measured: str
-    # Shares of what the goal allows: it is met if none is over 1; empty where there is no goal.
-    used: list[float]
-    curve: dict[int, float] = dataclasses.field(default_factory=dict)
-
-    @property
-    def verdict(self) -> str:
-        return "" if not self.used else "met" if max(self.used) <= 1 else "MISSED"
-
-
 def table(rows, style: str) -> str:
     headings = ["what", "against", "goal", "measured"]
-    headings += ["verdict"] * any(row.used for row in rows)
+    headings += ["verdict"] * any(row.verdict for row in rows)
     cells = [[getattr(row, heading) for heading in headings] for row in rows]
     return tabulate(cells, headings, tablefmt=style, disable_numparse=True)
 

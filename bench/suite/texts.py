@@ -2,7 +2,7 @@
 
 import re
 
-from report import Row
+from rows import Row
 from workbench import GIB, MIB, median_seconds, peak_memory, remove, total_size
 
 PIECES = 13  # three of each of the four largest nets, and the remainder

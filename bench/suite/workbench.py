@@ -9,6 +9,7 @@ import statistics
 import subprocess
 import time
 from pathlib import Path
+from typing import NamedTuple
 
 MIB, GIB = 1 << 20, 1 << 30
 
@@ -21,15 +22,25 @@ class Sizes:
     interrupted_bytes: int  # packed as one file when the interruption comes
     survey_records: int  # in the larger one of two
     children: int
-    idle_milliseconds: int
+    silent_milliseconds: int
     startups: int
     whole_run_records: int
     repetitions: int  # of what takes long
     disk_bytes: int  # at the peak, with some room
 
 
-FULL = Sizes(10**9, 300_000, 4 * GIB, GIB, 3 * 10**7, 200, 6_000, 30, 10**6, 3, 12 * GIB)
-QUICK = Sizes(4 * 10**7, 30_000, 256 * MIB, 256 * MIB, 10**7, 40, 2_000, 10, 30_000, 1, 2 * GIB)
+FULL = Sizes(10**9, 300_000, 4 * GIB, GIB, 3 * 10**7, 200, 20_000, 30, 10**6, 3, 12 * GIB)
+QUICK = Sizes(4 * 10**7, 30_000, 256 * MIB, 256 * MIB, 10**7, 40, 4_000, 10, 30_000, 1, 2 * GIB)
+
+
+class Told(NamedTuple):
+    """What bench-driver tells of itself in its last line."""
+
+    seconds: float
+    user: float  # seconds of the processor
+    system: float
+    waits: float  # how often it went to sleep, to be woken up again
+    peak: float  # bytes of memory
 
 
 @dataclasses.dataclass(frozen=True)
@@ -39,10 +50,8 @@ class Sample:
     lines: list[str]
 
     @property
-    def told(self) -> list[float]:
-        """By the driver of itself: seconds, those of the processor, in user mode and in the
-        system, and bytes at the peak."""
-        return [float(word) for word in self.lines[-1].split()]
+    def told(self) -> Told:
+        return Told(*map(float, self.lines[-1].split()))
 
 
 class Workbench:
@@ -55,14 +64,16 @@ class Workbench:
     def program(self, name: str) -> Path:
         return self.build / "bin" / name
 
-    def run(self, *command, **environment: str) -> Sample:
-        """In the scratch directory. A command that fails ends the suite."""
+    def run(self, *command, errors=None, **environment: str) -> Sample:
+        """In the scratch directory, without a status line. A command that fails ends the part."""
         words = [str(word) for word in command]
-        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE}
-        environment = {**os.environ, **environment}
+        streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": errors}
+        environment = {**os.environ, "TERM": "dumb", **environment}
         began = time.monotonic_ns()
-        run = subprocess.run(words, cwd=self.scratch, env=environment, check=True, **streams)
+        run = subprocess.run(words, cwd=self.scratch, env=environment, **streams)
         seconds = (time.monotonic_ns() - began) / 1e9
+        if run.returncode:
+            raise RuntimeError(f"{' '.join(words[:2])} ... ended with {run.returncode}")
         return Sample(began, seconds, run.stdout.decode(errors="replace").splitlines())
 
     def compare(self, repetitions: int, measurements: dict, fills_memory: bool = False) -> dict:
@@ -81,6 +92,10 @@ class Workbench:
             results = {name: taken[1:] for name, taken in results.items()}
         self.runs.append(results)
         return results
+
+    def tidy(self) -> None:
+        """Leaves nothing but the view files, which several parts use."""
+        remove(*(path for path in self.scratch.iterdir() if not path.name.startswith("views")))
 
     def fresh_directory(self, name: str) -> Path:
         remove(self.scratch / name)
@@ -129,7 +144,7 @@ def median_seconds(samples) -> float:
 
 
 def peak_memory(samples) -> float:
-    return max(sample.told[3] for sample in samples)
+    return max(sample.told.peak for sample in samples)
 
 
 def total_size(*files: Path) -> int:

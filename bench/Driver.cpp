@@ -173,9 +173,9 @@ struct Part {
 };
 
 constexpr Part kParts[] = {
-    {"pack", 2, pack},          {"merge", 2, merge},
-    {"rank", 1, rank},          {"control-file", 1, writeControlFile},
-    {"pool", 3, runPool},       {"child", 1, sleepAsNamed},
+    {"pack", 2, pack},       {"merge", 2, merge},
+    {"rank", 1, rank},       {"control-file", 1, writeControlFile},
+    {"pool", 3, runPool},    {"child", 1, sleepAsNamed},
     {"-k", 1, sleepAsNamed},  // a child that is called as extracta is
 };
 

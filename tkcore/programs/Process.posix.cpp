@@ -8,6 +8,7 @@
 #include <cstring>
 #include <list>
 #include <new>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,17 +36,22 @@ namespace {
 /// before main() can say that there is none.
 std::list<StartedProcess> startedProcesses;
 
-/// A child that is not ours to end, with the session that what it starts is likely to be in.
-struct ForeignChild final {
-    pid_t process = 0;
-    pid_t session = 0;
+/// A process that is not ours to end, with the session that what it starts is likely to be in.
+struct ForeignProcess final {
+    explicit ForeignProcess(const ProcessEntry& entry)
+        : process(entry.process), start(entry.start), session(getsid(entry.process)) {}
+
+    pid_t process;
+    std::uint64_t start;
+    pid_t session;
 };
-std::vector<ForeignChild> foreignChildren;
+std::vector<ForeignProcess> foreignProcesses;
 
 bool isForeign(pid_t child) {
     const pid_t session = getsid(child);
-    return std::ranges::any_of(foreignChildren, [=](const ForeignChild& foreign) {
-        return foreign.process == child || foreign.session == session;
+    const std::uint64_t start = lookUp(child).start;
+    return std::ranges::any_of(foreignProcesses, [=](const ForeignProcess& foreign) {
+        return (foreign.process == child && foreign.start == start) || foreign.session == session;
     });
 }
 
@@ -73,15 +79,25 @@ bool isKeeper(pid_t child) {
 
 using Children = std::array<pid_t, 512>;
 
-/// Notes the children that the predicate picks as not ours to end.
+/// Notes the children that the predicate picks as not ours to end, and all that descends from them:
+/// a descendant becomes a child of ours once its parent has ended. False if there are none.
 template <typename Predicate>
-void spareChildren(const Predicate& picks) {
+bool spareChildren(const Predicate& picks) {
     Children children;
+    std::set<pid_t> spared;
     for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
-        if (!isKeeper(child) && picks(child)) {
-            foreignChildren.push_back({child, getsid(child)});
+        if (!isKeeper(child) && !isForeign(child) && picks(child)) {
+            spared.insert(child);
+            foreignProcesses.emplace_back(lookUp(child));
         }
     }
+    if (spared.empty()) {
+        return false;
+    }
+    for (const ProcessEntry& entry : descendantsOf(spared)) {
+        foreignProcesses.emplace_back(entry);
+    }
+    return true;
 }
 
 /// Whether a keeper has been killed whose end is still to be noted.
@@ -99,7 +115,14 @@ bool anyKeeperWasKilled() {
 /// that is killed at the same moment; of the two, only the program's own session tells.
 void spareLeftBehind(const StartedProcess& ended) {
     const bool areMixed = anyKeeperWasKilled();
-    spareChildren([&](pid_t child) { return !areMixed || getsid(child) == ended.keeper; });
+    const auto isLeftBehind = [&](pid_t child) {
+        return !areMixed || getsid(child) == ended.keeper;
+    };
+    // Some may become children of ours while we look. Those of one that starts others for ever do
+    // not end.
+    constexpr int kMostLooks = 10;
+    for (int look = 0; look < kMostLooks && spareChildren(isLeftBehind); ++look) {
+    }
 }
 
 void prepareForChildren() {

@@ -140,7 +140,7 @@ void signalDescendants(pid_t program, bool hasProcessTable, int signal) noexcept
             kill(-program, signal);
             return;
         }
-        for (const ProcessEntry& entry : descendantsOfThisProcess()) {
+        for (const ProcessEntry& entry : descendantsOf({getpid()})) {
             sendSignal(entry, signal);
         }
     } catch (...) {  // no memory for a list of them: they do not get it, then

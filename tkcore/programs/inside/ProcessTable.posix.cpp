@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <set>
 #include <string_view>
 
 #include <dirent.h>
@@ -130,11 +129,10 @@ std::size_t childrenByTrial(std::span<pid_t> room) noexcept {
     return count;
 }
 
-std::vector<ProcessEntry> descendantsOfThisProcess() {
+std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family) {
     std::vector<ProcessEntry> others;
     forEachProcess([&](pid_t process) { others.push_back(lookUp(process)); });
     std::vector<ProcessEntry> found;
-    std::set<pid_t> family{getpid()};
     const auto isKin = [&](const ProcessEntry& entry) { return family.contains(entry.parent); };
     // A child may have a lower number than its parent, so once over the list is not enough.
     for (;;) {

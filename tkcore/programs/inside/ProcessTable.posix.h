@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -36,7 +37,7 @@ std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept;
 /// second. Needs no memory.
 std::size_t childrenByTrial(std::span<pid_t> room) noexcept;
 
-/// All that descend from this process.
-std::vector<ProcessEntry> descendantsOfThisProcess();
+/// All that descend from these processes, which are not among them.
+std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family);
 
 }  // namespace tkcore

@@ -144,16 +144,11 @@ void prepareForChildren() {
 /// us, until none is left.
 void endOrphansOfKeepers() {
     for (bool found = true; found;) {
-        found = false;
-        Children children;
-        for (const pid_t child : std::span(children).first(childrenOfThisProcess(children))) {
-            // A process that only its parent reaps keeps its number until then: the signal reaches
-            // the child that was meant.
-            if (!isKeeper(child) && !isForeign(child) && kill(child, SIGKILL) == 0) {
-                waitpid(child, nullptr, 0);
-                found = true;
-            }
-        }
+        Children room;
+        const auto children = std::span(room).first(childrenOfThisProcess(room));
+        const auto others = std::ranges::partition(
+            children, [](pid_t child) { return !isKeeper(child) && !isForeign(child); });
+        found = killChildren(children.first(children.size() - others.size()));
     }
 }
 

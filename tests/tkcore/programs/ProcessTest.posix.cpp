@@ -1,11 +1,14 @@
 #include "tkcore/programs/ProcessTest.h"
 
+#include <array>
 #include <csignal>
 #include <list>
 
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "tkcore/programs/inside/ProcessTable.posix.h"
 
 namespace {
 
@@ -121,6 +124,29 @@ TEST_F(ScriptTree, isGoneWhenSomebodyKillsItsKeeper) {
     kill(readProcessId(directory / "keeper"), SIGKILL);
     EXPECT_EQ(waitForEnd(), 137);
     EXPECT_FALSE(anyRuns());
+}
+
+TEST(KilledChildren, takeTheirGroupsWithThem) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    const pid_t started = fork();
+    if (started == 0) {
+        setpgid(0, 0);
+        if (fork() == 0) {
+            write(ends[1], "", 1);
+        }
+        pause();
+    }
+    close(ends[1]);
+    const auto receives = [&](ssize_t count) {
+        char byte = 0;
+        return eventually([&, count] { return read(ends[0], &byte, 1) == count; });
+    };
+    ASSERT_TRUE(receives(1));
+    std::array children{started};
+    EXPECT_TRUE(tkcore::killChildren(children));
+    EXPECT_TRUE(receives(0)) << "the child's child still runs";
+    close(ends[0]);
 }
 
 }  // namespace

@@ -196,20 +196,14 @@ void waitForChildren(std::chrono::milliseconds grace) noexcept {
     }
 }
 
-/// Kills what is left: each child and, as they fall to us, their children. Gives up on what may not
-/// be killed.
+/// Kills what is left: all children and, as they fall to us, their children. Gives up on what may
+/// not be killed.
 void killDescendants(bool hasProcessTable) noexcept {
     for (bool found = haveChildren(); found;) {
-        found = false;
         std::array<pid_t, 256> room;
         const std::size_t count =
             hasProcessTable ? childrenOfThisProcess(room) : childrenByTrial(room);
-        for (const pid_t child : std::span(room).first(count)) {
-            if (kill(child, SIGKILL) == 0) {  // ours to reap: its number means nobody else
-                waitpid(child, nullptr, 0);
-                found = true;
-            }
-        }
+        found = killChildren(std::span(room).first(count));
     }
 }
 

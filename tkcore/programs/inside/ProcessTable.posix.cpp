@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -127,6 +128,22 @@ std::size_t childrenByTrial(std::span<pid_t> room) noexcept {
         }
     }
     return count;
+}
+
+bool killChildren(std::span<pid_t> children) noexcept {
+    // A child keeps its number until we reap it, and so does its group. In that are descendants of
+    // ours alone, unless it is our own: a keeper has begun its session, or one of them.
+    for (pid_t& child : children) {
+        if (const pid_t group = getpgid(child); group > 0 && group != getpgrp()) {
+            kill(-group, SIGKILL);
+        }
+        child = kill(child, SIGKILL) == 0 ? child : 0;
+    }
+    bool isAnyKilled = false;
+    for (const pid_t child : children) {
+        isAnyKilled = (child != 0 && waitpid(child, nullptr, 0) == child) || isAnyKilled;
+    }
+    return isAnyKilled;
 }
 
 std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family) {

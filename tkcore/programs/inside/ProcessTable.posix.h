@@ -37,6 +37,11 @@ std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept;
 /// second. Needs no memory.
 std::size_t childrenByTrial(std::span<pid_t> room) noexcept;
 
+/// Kills these children of this process, each with all of its process group at one stroke, which no
+/// program that starts others for ever can be ahead of; then reaps them. False if none may be
+/// killed. Needs no memory.
+bool killChildren(std::span<pid_t> children) noexcept;
+
 /// All that descend from these processes, which are not among them.
 std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family);
 

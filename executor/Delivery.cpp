@@ -36,12 +36,13 @@ AString Delivery::base() const {
 }
 
 bool Delivery::concerns(const LongFileName& path) const {
-    const bool isArchive = form == Form::kArchive && path.name() == place.name() &&
-                           tkcore::isSameFile(path.folder(), place.folder());
+    const auto isAt = [&](const LongFileName& other) {
+        return tkcore::isSameFile(path, other) ||
+               (path.name() == other.name() && tkcore::isSameFile(path.folder(), other.folder()));
+    };
     const bool isView = form == Form::kFolder && path.extension() == kViewExtension &&
                         tkcore::isSameFile(path.folder(), place);
-    return isArchive || isView || tkcore::isSameFile(path, design) ||
-           tkcore::isSameFile(path, place);
+    return isView || isAt(design) || isAt(place);
 }
 
 void Delivery::warnEarly(RunObserver& observer) const {

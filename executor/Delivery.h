@@ -27,7 +27,7 @@ public:
     /// design.
     [[nodiscard]] tkcore::AString base() const;
 
-    /// Whether a file at the path would be what is delivered, or the design.
+    /// Whether a file at the path would be what is delivered, or the design, be they there or not.
     [[nodiscard]] bool concerns(const tkcore::LongFileName& path) const;
 
     /// Warns of what is certain to keep the delivery, or a part of it, from its place. The run goes

@@ -124,6 +124,8 @@ TEST_F(Surroundings, neverHaveTheDesignOrAViewForALog) {
     EXPECT_EQ(packed(directory / "out.vlx").size(), 5U);
     EXPECT_FALSE(exists(directory / "out/net.txt"));
     EXPECT_TRUE(readFile(design) == untouched);
+    environment["TKCORE_LOG"] = "2:none.mcm";
+    EXPECT_EQ(run({"-z", "none.mcm", "out.vlx"}).errors.find("mcm file does not exist"), 0U);
 }
 
 TEST_F(Surroundings, mayInterruptACopyOfAnAddedFile) {

@@ -102,7 +102,11 @@ std::vector<AString> PrivateDirectory::contents() const {
 void PrivateDirectory::remove() {
     const int descriptor = system->folder->descriptor.get();
     struct stat now {};
-    if (fstat(descriptor, &now) == 0 && (now.st_mode & S_IRWXU) != S_IRWXU) {
+    const bool isSeen = fstat(descriptor, &now) == 0;
+    if (isSeen && now.st_nlink == 0) {
+        return;  // somebody has removed it, and it can be listed no more
+    }
+    if (isSeen && (now.st_mode & S_IRWXU) != S_IRWXU) {
         fchmod(descriptor, now.st_mode | S_IRWXU);
     }
     const int failure = emptyFolder(descriptor);

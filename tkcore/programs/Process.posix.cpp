@@ -252,7 +252,7 @@ void signalKeepers(int signal) {
     }
 }
 
-/// False if it has not ended within the time.
+/// For what has been told to end; false if it has not ended within the time.
 bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcept {
     const auto deadline = std::chrono::steady_clock::now() + time;
     int status = 0;
@@ -265,6 +265,7 @@ bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcep
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
+        kill(process.keeper, SIGCONT);  // what it is about to end may suspend it
         sleepMilliseconds(1);
     }
 }

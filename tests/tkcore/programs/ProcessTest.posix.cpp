@@ -100,6 +100,13 @@ TEST_F(AskedTree, isAskedToEndBeforeItIsKilled) {
     tellApart(true);
 }
 
+TEST_F(AskedTree, isEndedAlthoughItSuspendsItsKeeper) {
+    ASSERT_EQ(start({writeAsked("suspending", "kill -STOP $PPID")}), 0);
+    awaitAll("ready", 1);
+    child.reset();
+    EXPECT_FALSE(isRunning(noted("ready").front()));
+}
+
 TEST_F(AskedTree, isAskedToEndAtTheSameTimeAsOthers) {
     // Each waits for the others to be asked; asked one after the other it would be killed before.
     const AString meets = writeAsked(

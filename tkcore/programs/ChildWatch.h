@@ -26,7 +26,7 @@ public:
 
     /// Returns as soon as a program has printed something or ended, which is then worth a look, or
     /// a request to end has come; at the latest after the time. Where the system has no means to
-    /// watch one of them, after a millisecond.
+    /// watch one of them, after a millisecond; where there is none, at once.
     void wait(std::chrono::milliseconds most = std::chrono::milliseconds::max()) noexcept;
 
     /// The same without waiting, for who does something else meanwhile.

@@ -126,7 +126,10 @@ void ChildWatch::remove(ChildProgram& child) noexcept {
 }
 
 void ChildWatch::wait(milliseconds most) noexcept {
-    if (!system || !system->noteNews(system->watchesAll() ? most : std::min(most, kPass))) {
+    if (!system || system->children.empty()) {
+        return;  // where programs cannot be watched, a look may have met the end of the last
+    }
+    if (!system->noteNews(system->watchesAll() ? most : std::min(most, kPass))) {
         sleepMilliseconds(kPass.count());
         refresh();
     }

@@ -46,6 +46,15 @@ TEST_F(Process, reportsHowItEnded) {
     }
 }
 
+TEST_F(Process, isNoMoreWaitedForOnceItIsOutOfTheWatch) {
+    ASSERT_EQ(startProgram("exit 0"), 0);
+    tkcore::ChildWatch watch;
+    watch.add(*child);
+    watch.remove(*child);
+    watch.wait();  // returns
+    EXPECT_EQ(waitForEnd(), 0);
+}
+
 TEST_F(Process, isLookedUpAlongPathOnly) {
     const char* path = std::getenv("PATH");
     const std::string oldPath = path == nullptr ? "" : path;

@@ -252,7 +252,8 @@ class Plan:
         # Its own end is noted, and what it leaves behind says whose it is.
         lines += ['ended() { echo "$stem" >>"$tools/ended"; }', "trap ended EXIT"]
         lines += ["export LEFT_BY=$stem"]
-        lines += ['daemon() { setsid "$@" & echo "$! $stem" >>"$tools/daemons"; }']
+        # A shell that starts in a folder which is gone says so, and may find no reader any more.
+        lines += ['daemon() { (cd / && exec setsid "$@") &', 'echo "$! $stem" >>"$tools/daemons"; }']
         for pattern, text in self.commands["before"]:
             lines += [f"case $stem in {pattern}) {text} ;; esac"]
         lines += [f'{standin} "$@"', "code=$?"]

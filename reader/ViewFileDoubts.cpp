@@ -5,8 +5,8 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/format.hpp>
 

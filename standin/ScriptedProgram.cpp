@@ -2,6 +2,7 @@
 // way of its own. The text has its path with ".commands" behind it, and one of the commands below
 // on each line.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -81,8 +82,12 @@ void print(const std::string& bytes) {
 }
 
 void awaitUntil(const auto& condition) {
+    // Hundreds that wait at once must not take the machine from those that they wait for.
+    constexpr std::chrono::milliseconds kLongest{100};
+    std::chrono::milliseconds pause{2};
     while (!condition()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        std::this_thread::sleep_for(pause);
+        pause = std::min(pause + pause / 2, kLongest);
     }
 }
 

@@ -135,6 +135,12 @@ protected:
                 }).empty();
     }
 
+    /// What has ended for the programs may be on its way out for a moment where these are emulated.
+    bool isEveryProcessGone() const {
+        const auto isGone = [this] { return !anyProcessLeft(); };
+        return kProgramsForWindows ? eventually(isGone) : isGone();
+    }
+
     /// The packed files by their bare names.
     static std::map<std::string, std::string> packed(const std::filesystem::path& archive) {
         std::map<std::string, std::string> result;

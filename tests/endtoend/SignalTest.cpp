@@ -22,7 +22,7 @@ protected:
     }
 
     void expectNothingLeft() {
-        EXPECT_FALSE(anyProcessLeft());
+        EXPECT_TRUE(isEveryProcessGone());
         EXPECT_EQ(files(), before);
     }
 
@@ -58,7 +58,7 @@ const std::vector<Ending> kEndings = hereOrOnWindows<std::vector<Ending>>(
      {SIGUSR1, 128 + SIGUSR1, 5, SIGTERM},
      {SIGXCPU, 128 + SIGXCPU, 5, SIGTERM},
      {SIGKILL, 128 + SIGKILL, 20, SIGKILL}},
-    {{SIGINT, 0x3A, 50, SIGINT}, {SIGKILL, 128 + SIGKILL, 50, SIGKILL}});
+    {{SIGINT, 0x3A, 20, SIGINT}, {SIGKILL, 128 + SIGKILL, 20, SIGKILL}});
 
 class EndedRun : public Signal, public testing::WithParamInterface<Ending> {
 protected:
@@ -110,7 +110,12 @@ TEST_P(EndedRun, isCleanAtAnyMoment) {
         const bool hasBegun = !kProgramsForWindows || !readFile(tools / "log").empty();
         const bool isDone = outcome.exitCode == 0 && archive != kOlder;
         const bool isEnded = outcome.exitCode == exitCode || outcome.exitCode == 128 + second;
-        EXPECT_TRUE(isDone || isEnded || !hasBegun) << outcome.exitCode;
+        // An internal error of what emulates them, where a signal has met a start.
+        const bool isHit = kProgramsForWindows &&
+                           readFile(tools / "log").find("with error 1359") != std::string::npos;
+        EXPECT_TRUE(isDone || isEnded || !hasBegun || isHit)
+            << outcome.exitCode << " in round " << round << ":\n"
+            << readFile(tools / "log");
         ended += isEnded && hasBegun ? 1 : 0;
         expectCleanEnd();
     }

@@ -34,14 +34,16 @@ else()
 endif()
 
 # A folder of the product: one static library, its headers named from the root ("views/ViewType.h").
-# What stands under POSIX is for those systems alone.
+# What stands under POSIX or WINDOWS is for those systems alone.
 function(velextracta_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;POSIX;PAIRS;LIBRARIES" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;POSIX;WINDOWS;PAIRS;LIBRARIES" ${ARGN})
     if(WIN32)
         set(ARG_POSIX)
+    else()
+        set(ARG_WINDOWS)
     endif()
     list(TRANSFORM ARG_PAIRS APPEND ${velextracta_pair_end})
-    add_library(${name} STATIC ${ARG_SOURCES} ${ARG_POSIX} ${ARG_PAIRS})
+    add_library(${name} STATIC ${ARG_SOURCES} ${ARG_POSIX} ${ARG_WINDOWS} ${ARG_PAIRS})
     target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC velextracta_settings ${ARG_LIBRARIES})
 endfunction()

@@ -47,7 +47,7 @@ bool Delivery::concerns(const LongFileName& path) const {
 
 void Delivery::warnEarly(RunObserver& observer) const {
     const LongFileName workingPlace(base());
-    std::vector<AString> names = viewNames();
+    std::vector<AString> names = expectedFileNames(views);
     warnAboutAddedFiles(observer, addedFiles, names);
     if (form == Form::kArchive) {
         warnAboutArchive(observer, place, design);

@@ -153,6 +153,10 @@ constexpr Command kCommands[] = {
     {"make-fifo", [](auto& path, auto&) { standin::makeFifo(standin::toPath(path)); }},
     {"await",
      [](auto& file, auto&) { awaitUntil([&] { return fs::exists(standin::toPath(file)); }); }},
+    {"hold",
+     [](auto& file, auto&) {
+         static const standin::WritableFile held(file, Mode::kAppend);  // until this process ends
+     }},
     {"await-count",
      [](auto& prefix, auto& count) {
          awaitUntil([&] { return countOf(standin::toPath(prefix)) >= std::stoul(count); });

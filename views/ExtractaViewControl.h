@@ -36,6 +36,10 @@ tkcore::AString MakeControlFileName(ViewType viewType, const tkcore::AString& su
 /// The bare name of the control file of several views.
 inline constexpr char kControlFileName[] = "extracta_control.txt";
 
+/// The suffixes of the list of all nets, and of the connectivity of those that are not split.
+inline constexpr char kSurveySuffix[] = "nets";
+inline constexpr char kRemainderSuffix[] = "remainder";
+
 /// Appends the views of the set with their files in the directory, in the order of the blocks
 /// that WriteControlFile writes.
 void CollectViewFiles(const ViewSet& views, const tkcore::LongFileName& directory,

@@ -8,9 +8,11 @@
 
 #include "executor/inside/Packaging.h"
 #include "executor/inside/Warnings.h"
+#include "tkcore/files/FileCopy.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/files/ReplacementFile.h"
 #include "tkcore/files/ReplacementTarget.h"
+#include "views/ExtractaViewControl.h"
 
 namespace velextracta {
 
@@ -58,6 +60,30 @@ const char* doubtAboutAdded(const LongFileName& file, const std::vector<AString>
 
 }  // namespace
 
+std::vector<AString> expectedFileNames(const ViewSet& views) {
+    const bool isSplit = views.Contains(ViewType::conn);
+    std::vector<AString> names;
+    const auto add = [&](ViewType viewType, const AString& suffix) {
+        names.push_back(MakeViewFileName(viewType, suffix));
+        if (isSplit) {
+            names.push_back(MakeControlFileName(viewType, suffix));
+        }
+    };
+    for (std::int32_t n = 0; n < views.GetCount(); ++n) {
+        if (const ViewType viewType = views.GetAt(n); viewType != ViewType::conn) {
+            add(viewType, "");
+        }
+    }
+    if (isSplit) {
+        add(ViewType::conn, kSurveySuffix);
+        add(ViewType::conn, kRemainderSuffix);
+        names.push_back(MakeViewFileName(ViewType::conn, ""));
+    } else {
+        names.emplace_back(kControlFileName);
+    }
+    return names;
+}
+
 void warnAboutArchive(RunObserver& observer, const LongFileName& archive,
                       const LongFileName& design) {
     try {
@@ -74,6 +100,7 @@ void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
         refuseFolder(folder);
         for (const AString& name : names) {
             refuseDesign(folder.in(name), design);
+            tkcore::requireReplaceable(folder.in(name));
         }
     } catch (const std::exception& failure) {
         warn(observer, AString("the views will not be moved: ").append(failure.what()));

@@ -5,6 +5,7 @@
 #include "process/RunObserver.h"
 #include "tkcore/files/LongFileName.h"
 #include "tkcore/text/AString.h"
+#include "views/ViewType.h"
 
 // Looks at the output before the first extraction, which may take hours: what is certain to fail
 // at the end is a warning at the start. The run goes on all the same. What is found wrong here may
@@ -12,12 +13,15 @@
 
 namespace velextracta {
 
+/// The names of the files that a run of the views is certain to make: all but those of split nets.
+std::vector<tkcore::AString> expectedFileNames(const ViewSet& views);
+
 /// About a design that would be replaced, and whatever keeps the archive from its place.
 void warnAboutArchive(RunObserver& observer, const tkcore::LongFileName& archive,
                       const tkcore::LongFileName& design);
 
-/// About a folder that files of these names cannot be moved into, and about a design among those
-/// that they would replace.
+/// About a folder that files of these names cannot be moved into, and about those of the files that
+/// they would replace that are designs, or cannot be replaced as things stand.
 void warnAboutFolder(RunObserver& observer, const tkcore::LongFileName& folder,
                      const std::vector<tkcore::AString>& names, const tkcore::LongFileName& design);
 

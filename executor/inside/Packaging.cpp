@@ -1,12 +1,15 @@
 #include "executor/inside/Packaging.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
 #include <system_error>
 
 #include "tkcore/files/FileCopy.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/report/Log.h"
 #include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
 
 namespace velextracta {
 
@@ -26,6 +29,34 @@ bool isNamedLikeADesign(const LongFileName& path) {
 [[noreturn]] void refuse(const char* reason, const LongFileName& path) {
     throw std::system_error(std::make_error_code(std::errc::operation_not_permitted),
                             reason + VEL_ANSI(path));
+}
+
+/// Waits for those that hold a target open, where that is worth it.
+void requireAllReplaceable(const std::vector<LongFileName>& entries, const LongFileName& folder) {
+    std::optional<tkcore::OpenElsewhere> obstacle;
+    tkcore::tryForAMoment([&] {
+        obstacle.reset();
+        tkcore::throwIfInterrupted();
+        try {
+            for (const LongFileName& entry : entries) {
+                tkcore::requireReplaceable(folder.in(entry.name()));
+            }
+        } catch (const tkcore::OpenElsewhere& error) {
+            obstacle = error;
+        }
+        return !obstacle;
+    });
+    if (obstacle) {
+        throw tkcore::OpenElsewhere(*obstacle);
+    }
+}
+
+AString namesOf(std::span<const LongFileName> files) {
+    AString names;
+    for (const LongFileName& file : files) {
+        names += (names.empty() ? "" : ", ") + file.name();
+    }
+    return names.empty() ? "nothing" : names;
 }
 
 }  // namespace
@@ -67,9 +98,16 @@ void moveEntries(const std::vector<LongFileName>& entries, const LongFileName& f
     for (const LongFileName& entry : entries) {
         refuseDesign(folder.in(entry.name()), design);
     }
+    requireAllReplaceable(entries, folder);
     tkcore::passPointOfNoReturn();
-    for (const LongFileName& entry : entries) {
-        tkcore::moveFile(entry, folder.in(entry.name()));
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        try {
+            tkcore::moveFile(*entry, folder.in(entry->name()));
+        } catch (const std::system_error&) {
+            tkcore::VelDebug(0, "error: delivered to %s: %s; not delivered: %s", folder.FilePath(),
+                             namesOf({entries.begin(), entry}), namesOf({entry, entries.end()}));
+            throw;
+        }
     }
 }
 

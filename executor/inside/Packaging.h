@@ -23,8 +23,9 @@ void refuseDesign(const tkcore::LongFileName& target, const tkcore::LongFileName
 /// Throws a std::system_error if the file would stand in the directory, and be removed with it.
 void refuseInside(const tkcore::LongFileName& directory, const tkcore::LongFileName& file);
 
-/// Moves the entries into the folder, over files of the same name; checks all of them for designs
-/// before the first is moved. Throws Interrupted before that, and never after it.
+/// Moves the entries into the folder, over files of the same name; looks at all of these, for
+/// designs and for what withstands it, before the first is moved. Throws Interrupted before that,
+/// and never after it. If it fails half-way the log says which were moved.
 void moveEntries(const std::vector<tkcore::LongFileName>& entries,
                  const tkcore::LongFileName& folder, const tkcore::LongFileName& design);
 

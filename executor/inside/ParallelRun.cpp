@@ -148,12 +148,13 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
         splitNet(rank, splitNets[rank]);
     }
     // Without the net selection: the remainder covers every net of the design but the split ones.
-    start(connectivityGenerators, ExtractaViewDef(ViewType::conn, splitNets, true), "remainder");
+    start(connectivityGenerators, ExtractaViewDef(ViewType::conn, splitNets, true),
+          kRemainderSuffix);
     survey.reset();
 }
 
 std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets) {
-    survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, "nets");
+    survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, kSurveySuffix);
     const std::string path = VEL_ANSI(survey->waitForViewFile().path);
     directory.requireName();
     NetSurvey connectivity;

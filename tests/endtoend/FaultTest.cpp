@@ -299,6 +299,12 @@ std::vector<Fault::Row> Fault::rows() {
         {"movedToAFile", movedTo("file"),
          hereOrOnWindows("txt: Not a directory", "txt: Path not found"), file("file"), 1,
          kNotPacked},
+        {"movedOntoAFullFolder", movedTo("out"), "error: cannot replace the folder ",
+         [=](Fault& fault) {
+             folder("out")(fault);
+             fs::create_directories(fault.directory / "out/layer.txt/mine");
+         },
+         1, kNotPacked},
         {"movedToNothing", movedTo(""), "error: the output path is empty", file("layer.txt"), 1,
          kNotPacked},
         // The output is a design.
@@ -397,6 +403,22 @@ TEST_F(Fault, showsInTheArgumentsBeforeAnythingIsMade) {
         EXPECT_EQ(outcome.output + outcome.errors, "");
     }
     EXPECT_EQ(files(), before);
+}
+
+TEST_F(Fault, tellsWhatIsDeliveredWhereThatFailsHalfWay) {
+    failCalls("RENAME_FAILS", "cconn.txt");
+    fs::create_directory(directory / "out");
+    EXPECT_EQ(run({"-cell", "design.mcm", "out"}).errors, kNotPacked);
+    const std::string log = readFile(tools / "log");
+    std::smatch told;
+    ASSERT_TRUE(std::regex_search(
+        log, told, std::regex("error: delivered to .*out: (.*); not delivered: (.*)\n")));
+    for (const char* name :
+         {"layer.txt", "cfullgeo.txt", "cconn.txt", "diestack.txt", "extracta_control.txt"}) {
+        const bool isThere = fs::exists(directory / "out" / name);
+        EXPECT_NE(told[isThere ? 1 : 2].str().find(name), std::string::npos) << name;
+    }
+    EXPECT_FALSE(fs::exists(directory / "out/cconn.txt"));
 }
 
 TEST_F(Fault, isForetoldOfADiskWithLessRoomThanTheDesignTakes) {

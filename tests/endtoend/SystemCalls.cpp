@@ -121,6 +121,15 @@ extern "C" int openat(int folder, const char* path, int flags, ...) {
     return systemOpen(folder, path, flags, mode);
 }
 
+/// With RENAME_FAILS no file gets that name.
+extern "C" int renameat(int from, const char* older, int to, const char* newer) {
+    static const auto systemRename = systemCall(&renameat, "renameat");
+    const std::string ending = textIn("RENAME_FAILS");
+    return !ending.empty() && std::string_view(newer).ends_with(ending)
+               ? fail(EIO)
+               : systemRename(from, older, to, newer);
+}
+
 /// With KEEPER_FAILS a process that keeps a program fails once it has been started.
 extern "C" int dup3(int descriptor, int number, int flags) {
     static const auto systemDup = systemCall(&dup3, "dup3");

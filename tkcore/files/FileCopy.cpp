@@ -4,8 +4,11 @@
 #include <system_error>
 #include <vector>
 
+#include <boost/filesystem.hpp>
+
 #include "tkcore/files/InputFile.h"
 #include "tkcore/files/OutputFile.h"
+#include "tkcore/files/Path.h"
 #include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/Interruption.h"
 
@@ -24,6 +27,18 @@ void copyToNewFile(const LongFileName& source, const LongFileName& target) {
         count = input.read(buffer.data(), buffer.size());
         output.write({buffer.data(), count});
     }
+}
+
+void requireReplaceable(const LongFileName& target) {
+    namespace fs = boost::filesystem;
+    boost::system::error_code unknown;
+    const fs::path path = toPath(target);
+    if (fs::is_directory(fs::symlink_status(path, unknown)) && !fs::is_empty(path, unknown) &&
+        !unknown) {
+        throwPathFailure(std::make_error_code(std::errc::directory_not_empty), "replace the folder",
+                         target);
+    }
+    requireReplaceableFile(target);
 }
 
 }  // namespace tkcore

@@ -33,4 +33,6 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
     }
 }
 
+void requireReplaceableFile(const LongFileName& /*target*/) {}  // that is for its folder to say
+
 }  // namespace tkcore

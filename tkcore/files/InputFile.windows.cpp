@@ -4,6 +4,8 @@
 
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/system/Handle.windows.h"
+#include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
 #include "tkcore/system/SystemError.windows.h"
 
 namespace tkcore {
@@ -25,30 +27,37 @@ std::time_t secondsSince1970(const FILETIME& time) {
 }  // namespace
 
 struct InputFile::OpenFile final {
-    // Without FILE_FLAG_BACKUP_SEMANTICS no directory can be opened.
-    explicit OpenFile(const LongFileName& path)
-        : handle(CreateFileW(nativePath(path, "open").c_str(), GENERIC_READ,
-                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_SEQUENTIAL_SCAN,
-                             nullptr)) {}
+    explicit OpenFile(const LongFileName& path) {
+        const std::wstring native = nativePath(path, "open");
+        DWORD error = 0;
+        tryForAMoment([&] {
+            // Without FILE_FLAG_BACKUP_SEMANTICS no directory can be opened.
+            handle = Handle(CreateFileW(
+                native.c_str(), GENERIC_READ,
+                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+            error = GetLastError();
+            return handle || error != ERROR_SHARING_VIOLATION || isEndRequested();
+        });
+        if (!handle) {
+            throwSystemError(error, "cannot open " + VEL_ANSI(path));
+        }
+    }
 
-    const Handle handle;
+    Handle handle;
 };
 
 InputFile::~InputFile() = default;
 
 InputFile::InputFile(const LongFileName& filePath)
     : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
-    if (!file->handle) {
-        throwSystemError(GetLastError(), "cannot open " + VEL_ANSI(path));
-    }
     BY_HANDLE_FILE_INFORMATION status{};
     if (GetFileType(file->handle.get()) != FILE_TYPE_DISK) {
         throwSystemError(ERROR_NOT_SUPPORTED, "cannot read " + VEL_ANSI(path) +
                                                   ", which is neither a file nor a directory");
     }
     if (GetFileInformationByHandle(file->handle.get(), &status) == 0) {
-        throwSystemError(GetLastError(), "cannot open " + VEL_ANSI(path));
+        throwLastError("open", path);
     }
     directory = (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     if (!directory) {
@@ -63,7 +72,7 @@ InputFile::InputFile(const LongFileName& filePath)
 
 void InputFile::rewind() {
     if (SetFilePointerEx(file->handle.get(), LARGE_INTEGER{}, nullptr, FILE_BEGIN) == 0) {
-        throwSystemError(GetLastError(), "cannot read " + VEL_ANSI(path) + " again");
+        throwLastError("read again", path);
     }
 }
 
@@ -72,7 +81,7 @@ std::size_t InputFile::readSome(void* destination, std::size_t size) {
     DWORD count = 0;
     if (ReadFile(file->handle.get(), destination, static_cast<DWORD>(std::min(size, kMostAtOnce)),
                  &count, nullptr) == 0) {
-        throwSystemError(GetLastError(), "cannot read " + VEL_ANSI(path));
+        throwLastError("read", path);
     }
     return count;
 }

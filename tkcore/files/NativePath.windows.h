@@ -27,4 +27,8 @@ std::wstring withLimit(const std::wstring& path);
 /// The absolute path, as the system completes it.
 std::wstring fullPath(const std::wstring& path);
 
+/// Throws std::system_error for the last call's code, which is read before anything can change it:
+/// "cannot", the action and the path.
+[[noreturn]] void throwLastError(const char* action, const LongFileName& path);
+
 }  // namespace tkcore

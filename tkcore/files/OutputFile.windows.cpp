@@ -50,7 +50,7 @@ void OutputFile::write(std::span<const char> bytes) {
         if (WriteFile(file->handle.get(), bytes.data(),
                       static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce)), &count,
                       nullptr) == 0) {
-            throwSystemError(GetLastError(), "cannot write " + VEL_ANSI(path));
+            throwLastError("write", path);
         }
         bytes = bytes.subspan(count);
     }

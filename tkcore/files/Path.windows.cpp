@@ -77,6 +77,11 @@ std::wstring nativePath(const LongFileName& path, const char* action) {
     return withoutLimit(wide);
 }
 
+void throwLastError(const char* action, const LongFileName& path) {
+    const DWORD error = GetLastError();
+    throwSystemError(error, std::string("cannot ") + action + " " + VEL_ANSI(path));
+}
+
 fs::path toPath(const AString& text) {
     return {withoutLimit(text.wide())};
 }

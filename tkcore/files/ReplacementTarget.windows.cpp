@@ -1,15 +1,14 @@
 #include "tkcore/files/ReplacementTarget.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include <boost/filesystem.hpp>
 
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/files/Path.h"
 #include "tkcore/files/PathStatus.h"
+#include "tkcore/files/inside/Renaming.windows.h"
 #include "tkcore/system/Handle.windows.h"
 #include "tkcore/system/Interruption.h"
 #include "tkcore/system/System.h"
@@ -20,11 +19,6 @@ namespace tkcore {
 namespace {
 
 namespace fs = boost::filesystem;
-
-/// Whether the older file may be open elsewhere, perhaps for a moment only.
-bool isOpenElsewhere(DWORD error) {
-    return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
-}
 
 class WindowsTarget final : public ReplacementTarget {
 public:
@@ -94,20 +88,19 @@ void WindowsTarget::findPlace() {
 }
 
 void WindowsTarget::openFile() {
-    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+    DWORD error = ERROR_FILE_EXISTS;
+    for (int attempt = 0; attempt < kMostNames && error == ERROR_FILE_EXISTS; ++attempt) {
         const fs::path candidate =
             withoutLimit((place.parent_path() / randomHiddenName()).native());
         file = Handle(CreateFileW(candidate.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
                                   nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        error = GetLastError();
         if (file) {
             vanishes(true);
             return;
         }
-        if (GetLastError() != ERROR_FILE_EXISTS) {
-            break;
-        }
     }
-    fail(GetLastError(), "create");
+    fail(error, "create");
 }
 
 bool WindowsTarget::vanishes(bool wanted) const noexcept {
@@ -141,19 +134,9 @@ void WindowsTarget::bringToDisk() {
 }
 
 DWORD WindowsTarget::rename() const {
-    const std::wstring& name = place.native();
-    std::vector<std::byte> room(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
-    FILE_RENAME_INFO renaming{};
-    renaming.ReplaceIfExists = isReplacing ? TRUE : FALSE;
-    renaming.FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
-    std::memcpy(room.data(), &renaming, sizeof renaming);
-    std::memcpy(room.data() + offsetof(FILE_RENAME_INFO, FileName), name.data(),
-                renaming.FileNameLength);
-    const bool isDone =
-        vanishes(false) && SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
-                                                      static_cast<DWORD>(room.size())) != 0;
-    const DWORD error = isDone ? 0 : GetLastError();
-    if (!isDone) {
+    const DWORD error =
+        vanishes(false) ? renameOpenFile(file.get(), place.native(), isReplacing) : GetLastError();
+    if (error != 0) {
         vanishes(true);
     }
     return error;

@@ -1,0 +1,68 @@
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "support/TemporaryDirectory.h"
+#include "tkcore/files/FileCopy.h"
+#include "tkcore/files/InputFile.h"
+
+namespace {
+
+using tkcore::AString;
+using tkcore::LongFileName;
+
+/// A file that others cannot open while a scanner looks at it.
+class HeldFile : public testing::Test {
+protected:
+    void SetUp() override {
+        writeFile(folder / "held", "older");
+        writeFile(folder / "new", "newer");
+        scanner = CreateFileW((folder / "held").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0,
+                              nullptr);
+        ASSERT_NE(scanner, INVALID_HANDLE_VALUE);
+    }
+    /// As scanners do after a moment.
+    std::jthread letGoSoon() const {
+        return std::jthread([this] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            CloseHandle(scanner);
+        });
+    }
+    LongFileName named(const std::string& name) const {
+        return LongFileName(AString((folder / name).string()));
+    }
+
+    const TemporaryDirectory folder;
+    HANDLE scanner = INVALID_HANDLE_VALUE;
+};
+
+TEST_F(HeldFile, isReadOnceItIsLetGo) {
+    const std::jthread end = letGoSoon();
+    EXPECT_EQ(tkcore::InputFile(named("held")).size(), 5U);
+}
+
+TEST_F(HeldFile, isMovedOnceItIsLetGo) {
+    const std::jthread end = letGoSoon();
+    tkcore::moveFile(named("held"), named("moved"));
+    EXPECT_EQ(readFile(folder / "moved"), "older");
+}
+
+TEST_F(HeldFile, isReplacedOnceItIsLetGo) {
+    EXPECT_THROW(tkcore::requireReplaceable(named("held")), tkcore::OpenElsewhere);
+    const std::jthread end = letGoSoon();
+    tkcore::moveFile(named("new"), named("held"));
+    EXPECT_EQ(readFile(folder / "held"), "newer");
+}
+
+TEST_F(HeldFile, isNeitherReadNorReplacedBefore) {
+    EXPECT_THROW(tkcore::InputFile(named("held")), std::system_error);
+    EXPECT_THROW(tkcore::moveFile(named("new"), named("held")), std::system_error);
+    CloseHandle(scanner);
+    EXPECT_EQ(readFile(folder / "held"), "older");
+}
+
+}  // namespace

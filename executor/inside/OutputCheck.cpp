@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 #include "executor/inside/Packaging.h"
@@ -31,8 +32,10 @@ void tryToWrite(const LongFileName& path) {
 }
 
 void refuseFolder(const LongFileName& folder) {
-    if (!tkcore::isDirectory(folder)) {
-        throw std::runtime_error("there is no folder " + VEL_ANSI(folder));
+    if (const tkcore::PathStatus status = tkcore::statusOf(folder);
+        status.kind != tkcore::PathStatus::Kind::kDirectory) {
+        throw std::runtime_error("there is no folder " + VEL_ANSI(folder) +
+                                 (status.reason ? ": " + status.reason.message() : ""));
     }
     try {
         tryToWrite(folder.in(tkcore::randomHiddenName()));
@@ -43,14 +46,15 @@ void refuseFolder(const LongFileName& folder) {
 }
 
 /// What becomes of an added file, if that is nothing good.
-const char* doubtAboutAdded(const LongFileName& file, const std::vector<AString>& names) {
-    switch (tkcore::statusOf(file).kind) {
+std::string doubtAboutAdded(const LongFileName& file, const std::vector<AString>& names) {
+    const tkcore::PathStatus status = tkcore::statusOf(file);
+    switch (status.kind) {
         case tkcore::PathStatus::Kind::kNothing:
-        case tkcore::PathStatus::Kind::kUnknown:
             return "it is not there";
+        case tkcore::PathStatus::Kind::kUnknown:
+            return status.reason.message();
         case tkcore::PathStatus::Kind::kFile:
-            return std::ranges::find(names, file.name()) == names.end() ? nullptr
-                                                                        : "its name is taken";
+            return std::ranges::find(names, file.name()) == names.end() ? "" : "its name is taken";
         case tkcore::PathStatus::Kind::kDirectory:
         case tkcore::PathStatus::Kind::kOther:
         default:
@@ -121,8 +125,8 @@ void warnAboutAddedFiles(RunObserver& observer, const std::vector<AString>& file
                          std::vector<AString> names) {
     for (const AString& text : files) {
         const LongFileName file(text);
-        if (const char* doubt = doubtAboutAdded(file, names); doubt != nullptr) {
-            warn(observer, "the file " + text + " cannot be added: " + doubt);
+        if (const std::string doubt = doubtAboutAdded(file, names); !doubt.empty()) {
+            warn(observer, "the file " + text + " cannot be added: " + AString(doubt));
         }
         names.push_back(file.name());
     }

@@ -84,8 +84,11 @@ bool isReserved(std::wstring_view path) {
 
 PathStatus statusOf(const LongFileName& path) {
     const fs::path native = toPath(path);
-    if (!path.IsInitialized() || isReserved(native.native())) {
+    if (!path.IsInitialized()) {
         return {Kind::kNothing, 0, std::make_error_code(std::errc::no_such_file_or_directory)};
+    }
+    if (isReserved(native.native())) {
+        return {Kind::kUnknown, 0, {ERROR_INVALID_NAME, std::system_category()}};
     }
     boost::system::error_code error;
     const fs::file_type type = fs::status(native, error).type();

@@ -10,13 +10,14 @@ namespace {
 
 TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
     useExtracta("arguments given\n");
-    const ActiveView view = start("0_GND +é_VIA CLASS").waitForViewFile();
+    const ActiveView view = start("0_GND +\U0001F50C_VIA CLASS").waitForViewFile();
     const std::string at = directory.path().string();
+    const std::string in = (directory / "").string();
     EXPECT_EQ(view.path, AString(at + "/conn0_GND____VIA_CLASS.txt"));
     EXPECT_EQ(view.viewType, ViewType::conn);
-    EXPECT_EQ(readFile(directory / "given"), "-k\n-c\n-m\n" + design + "\n" + at +
-                                                 "/extracta_control_conn0_GND____VIA_CLASS.txt\n" +
-                                                 at + "/conn0_GND____VIA_CLASS.txt\n" + at + "\n");
+    EXPECT_EQ(readFile(directory / "given"), "-k\n-c\n-m\n" + design + "\n" + in +
+                                                 "extracta_control_conn0_GND____VIA_CLASS.txt\n" +
+                                                 in + "conn0_GND____VIA_CLASS.txt\n" + at + "\n");
     EXPECT_EQ(readFile(directory / "extracta_control_conn0_GND____VIA_CLASS.txt"),
               "CONNECTIVITY\r\n\r\n\tNET_NAME\r\n\r\nEND\r\n\r\n");
 }

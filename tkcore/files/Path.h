@@ -28,6 +28,10 @@ AString pathText(const boost::filesystem::path& path);
 /// for a relative one where the current directory has been removed.
 std::optional<AString> absoluteText(const AString& text);
 
+/// An absolute path as other programs of this system expect it, with nothing but its own separator
+/// between the names; any other text as it is.
+AString pathForPrograms(const AString& text);
+
 /// The same path, narrow, with "/" between its names, and without what only says how to read it.
 std::string portablePath(std::string path);
 

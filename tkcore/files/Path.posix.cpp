@@ -24,6 +24,10 @@ std::optional<AString> absoluteText(const AString& text) {
     return error ? std::nullopt : std::optional(pathText(here / given));
 }
 
+AString pathForPrograms(const AString& text) {
+    return text;
+}
+
 std::string portablePath(std::string path) {
     return path;
 }

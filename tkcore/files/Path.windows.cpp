@@ -105,6 +105,14 @@ std::optional<AString> absoluteText(const AString& text) {
     return error ? std::nullopt : std::optional(AString(withLimit((here / given).native())));
 }
 
+AString pathForPrograms(const AString& text) {
+    std::wstring path = text.wide();
+    if (fs::path(path).is_absolute()) {
+        std::ranges::replace(path, L'/', L'\\');
+    }
+    return path;
+}
+
 std::string portablePath(std::string path) {
     path = narrow(withLimit(widen(path)));
     std::ranges::replace(path, '\\', '/');

@@ -20,7 +20,8 @@ inline constexpr int kStillRunning = 259;
 ///
 /// The program is applicationName, or argv[0] where that is empty: a name without a separator is
 /// looked up as findProgram says, a relative path is taken from the caller's current directory. An
-/// argument wrapped in double quotes reaches the program without them; nothing else is changed.
+/// argument wrapped in double quotes is a path: it reaches the program without them, and as
+/// pathForPrograms() spells it. Nothing else is changed.
 /// The program's input is empty, its two outputs go to the output end where captureOutput and
 /// captureErrors say so and are dropped otherwise; no other descriptor reaches it. If we die while
 /// it runs, it is ended with everything that it has started. Security attributes, creation flags,

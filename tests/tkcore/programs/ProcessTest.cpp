@@ -15,14 +15,17 @@ std::error_condition meaningOf(int systemError) {
 TEST_F(Process, hasItsArgumentsUnsplitAndWithoutTheQuotesAroundThem) {
     const fs::path program =
         writeProgram(directory / "print arguments", "arguments given\nprint out \ncomplain err");
-    ASSERT_EQ(start({AString("\"" + program.string() + "\""), "-k", "\"/a b/c.mcm\"", "\"",
-                     "say \"it\"", "\"a\"b\"", "", "$HOME *", "\\\"\\\\", "c:\\a b\\", "\xC3\xA9"}),
-              0);
+    ASSERT_EQ(
+        start({AString("\"" + program.string() + "\""), "-k", "\"/a b/c.mcm\"", "\"", "say \"it\"",
+               "\"a\"b\"", "\"C:/a\\b/c\"", "", "$HOME *", "\\\"\\\\", "c:\\a b\\", "\xC3\xA9"}),
+        0);
     EXPECT_EQ(waitForEnd(), 0);
     EXPECT_EQ(child->output().text(), "out err");
     EXPECT_EQ(readFile(directory / "given"),
-              "-k\n/a b/c.mcm\n\"\nsay \"it\"\na\"b\n\n$HOME *\n\\\"\\\\\nc:\\a b\\\n\xC3\xA9\n" +
-                  directory.path().string() + "\n");
+              "-k\n/a b/c.mcm\n\"\nsay \"it\"\na\"b\n" +
+                  std::string(isHere(On::kPosix) ? "C:/a\\b/c" : "C:\\a\\b\\c") +
+                  "\n\n$HOME *\n\\\"\\\\\nc:\\a b\\\n\xC3\xA9\n" + directory.path().string() +
+                  "\n");
 }
 
 TEST_F(Process, reportsHowItEnded) {

@@ -10,7 +10,8 @@
 
 namespace tkcore {
 
-/// The arguments as the program is to see them: without the double quotes that wrap some.
+/// The arguments as the program is to see them: without the double quotes that wrap some, which are
+/// paths.
 std::vector<std::string> plainArguments(std::span<const AString> argv);
 
 }  // namespace tkcore

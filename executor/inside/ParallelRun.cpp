@@ -173,10 +173,15 @@ bool ParallelRun::canHaveProcesses(const AString& net) const {
         return false;
     }
     // A control file has the longer name of the two; the number in it is a digit.
+    const auto controlFile = [&](const AString& name) {
+        return workingDir.in(MakeControlFileName(ViewType::conn, name));
+    };
+    // An extractor that must take long paths anyhow may take those of nets.
+    const bool isOrdinary = !tkcore::isTooLongForPrograms(controlFile(kRemainderSuffix));
     const bool isTooLong =
         std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
-            const AString name = sanitisedName(generatorName(0, net, classes));
-            return tkcore::isTooLong(workingDir.in(MakeControlFileName(ViewType::conn, name)));
+            const LongFileName file = controlFile(sanitisedName(generatorName(0, net, classes)));
+            return tkcore::isTooLong(file) || (isOrdinary && tkcore::isTooLongForPrograms(file));
         });
     if (isTooLong) {
         warn(observer, "the net \"" + net +

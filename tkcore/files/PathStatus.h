@@ -39,6 +39,9 @@ LongFileName followLinks(const LongFileName& path);
 /// Whether the path, or a name in it, is longer than the system can take.
 bool isTooLong(const LongFileName& path);
 
+/// Whether an ordinary program cannot be given the path, though this one could take it.
+bool isTooLongForPrograms(const LongFileName& path);
+
 /// Bytes of a disk.
 struct DiskRoom final {
     std::uint64_t all = 0;   // 0: the file system has no size, or is not known

@@ -50,4 +50,8 @@ bool isTooLong(const LongFileName& path) {
     return lstat(VEL_ANSI(path).c_str(), &status) != 0 && errno == ENAMETOOLONG;
 }
 
+bool isTooLongForPrograms(const LongFileName& path) {
+    return isTooLong(path);
+}
+
 }  // namespace tkcore

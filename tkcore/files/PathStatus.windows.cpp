@@ -125,4 +125,8 @@ bool isTooLong(const LongFileName& path) {
            anyName(text, [](std::wstring_view name) { return name.size() > kLongestName; });
 }
 
+bool isTooLongForPrograms(const LongFileName& path) {
+    return path.FilePath().wide().size() >= MAX_PATH;
+}
+
 }  // namespace tkcore

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
 #include "archive/inside/EntryName.h"
+#include "tkcore/system/System.h"
 
 namespace velextracta {
 
@@ -82,8 +84,8 @@ std::uint32_t externalAttributes(const ZipEntry& entry) {
 std::uint32_t dosTime(std::time_t time) {
     constexpr std::uint32_t kFirst = 1U << 21U | 1U << 16U;  // 1980-01-01
     constexpr std::uint32_t kLast = 0xFF9FBF7D;              // 2107-12-31 23:59:58
-    const std::tm* local = std::localtime(&time);
-    if (local == nullptr || local->tm_year < 80) {
+    const std::optional<std::tm> local = tkcore::localTime(time);
+    if (!local || local->tm_year < 80) {
         return kFirst;
     }
     if (local->tm_year > 207) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <ctime>
 #include <functional>
+#include <optional>
 
 #include "tkcore/text/AString.h"
 
@@ -20,6 +22,10 @@ std::chrono::milliseconds removalPatience() noexcept;
 /// Calls the function until it returns true, but for no longer than that. It returns true once the
 /// file is removed or replaced, or never will be.
 void tryForAMoment(const std::function<bool()>& isSettled);
+
+/// Date and time of the day on the clock of this system's time zone; none for a time that it cannot
+/// say. The other members are not set everywhere.
+std::optional<std::tm> localTime(std::time_t time);
 
 /// Ends the process at once, as one that has failed beyond repair (SIGABRT, or exit code 3), and
 /// without a word on its streams.

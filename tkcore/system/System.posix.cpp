@@ -17,6 +17,11 @@ std::chrono::milliseconds removalPatience() noexcept {
     return std::chrono::milliseconds::zero();
 }
 
+std::optional<std::tm> localTime(std::time_t time) {
+    std::tm local{};
+    return localtime_r(&time, &local) == nullptr ? std::nullopt : std::optional(local);
+}
+
 void endAbnormally() noexcept {
     std::abort();
 }

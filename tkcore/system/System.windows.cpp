@@ -1,6 +1,9 @@
 #include "tkcore/system/System.h"
 
+#include <array>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <system_error>
 
 #include <windows.h>
@@ -35,6 +38,33 @@ std::chrono::milliseconds removalPatience() noexcept {
     return std::chrono::seconds(3);
 }
 
+std::optional<std::tm> localTime(std::time_t time) {
+    // The C runtime has one rule for all years, and its own idea of what a variable TZ says.
+    constexpr std::int64_t kTicksInSecond = 10'000'000;
+    constexpr std::int64_t kSecondsFrom1601 = 11'644'473'600;
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kTicksInSecond;
+    if (time < -kSecondsFrom1601 || time > kMost - kSecondsFrom1601) {
+        return std::nullopt;
+    }
+    ULARGE_INTEGER ticks;
+    ticks.QuadPart = static_cast<ULONGLONG>((time + kSecondsFrom1601) * kTicksInSecond);
+    const FILETIME fileTime{ticks.LowPart, ticks.HighPart};
+    SYSTEMTIME utc{};
+    SYSTEMTIME local{};
+    if (FileTimeToSystemTime(&fileTime, &utc) == 0 ||
+        SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) == 0) {
+        return std::nullopt;
+    }
+    std::tm result{};
+    result.tm_year = local.wYear - 1900;
+    result.tm_mon = local.wMonth - 1;
+    result.tm_mday = local.wDay;
+    result.tm_hour = local.wHour;
+    result.tm_min = local.wMinute;
+    result.tm_sec = local.wSecond;
+    return result;
+}
+
 void endAbnormally() noexcept {
     constexpr int kAborted = 3;
     std::_Exit(kAborted);  // abort() would write to standard error
@@ -42,9 +72,14 @@ void endAbnormally() noexcept {
 
 AString systemMessage(int code) {
     constexpr std::size_t kLongestText = 79;
+    // Some texts have a place for what they are about, which who asks for them names himself.
+    wchar_t it[] = L"it";
+    std::array<wchar_t*, 99> inserts;
+    inserts.fill(it);
     wchar_t buffer[512];
-    DWORD size = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                static_cast<DWORD>(code), 0, buffer, std::size(buffer), nullptr);
+    DWORD size = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_ARGUMENT_ARRAY, nullptr,
+                                static_cast<DWORD>(code), 0, buffer, std::size(buffer),
+                                reinterpret_cast<va_list*>(inserts.data()));
     while (size > 0 && buffer[size - 1] <= L' ') {
         --size;
     }

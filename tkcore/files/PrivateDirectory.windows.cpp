@@ -93,6 +93,8 @@ void PrivateDirectory::remove() {
     });
     // From here on its name could be taken, by what is then removed if it is an empty directory.
     system->folder->handle.close();
+    // At the end of a session there is no time to be patient twice.
+    const bool wasPatient = static_cast<bool>(error);
     tryForAMoment([&] {
         const bool isRemoved = RemoveDirectoryW(toPath(heldPath).c_str()) != 0;
         const DWORD reason = GetLastError();
@@ -101,7 +103,7 @@ void PrivateDirectory::remove() {
         } else if (isRemoved) {
             error.clear();
         }
-        return isRemoved || reason == ERROR_FILE_NOT_FOUND;
+        return isRemoved || wasPatient || reason == ERROR_FILE_NOT_FOUND;
     });
     if (error) {
         throw std::system_error(error, "cannot remove directory " + VEL_ANSI(heldPath));

@@ -1,0 +1,140 @@
+#include "tkcore/programs/inside/ProgramStart.windows.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "tkcore/files/NativePath.windows.h"
+#include "tkcore/report/Log.h"
+#include "tkcore/system/System.h"
+
+namespace tkcore {
+
+namespace {
+
+/// What a start has to say beside the command line: the handles that the child may have, and the
+/// job, if any, that it is born in.
+class StartAttributes final {
+public:
+    StartAttributes(std::span<HANDLE> handles, std::span<HANDLE> jobs) {
+        const DWORD count = jobs.empty() ? 1 : 2;
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, count, 0, &size);
+        room.resize(size);
+        isGood = InitializeProcThreadAttributeList(list(), count, 0, &size) != 0 &&
+                 add(PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles) &&
+                 (jobs.empty() || add(PROC_THREAD_ATTRIBUTE_JOB_LIST, jobs));
+    }
+    ~StartAttributes() {
+        if (!room.empty()) {
+            DeleteProcThreadAttributeList(list());
+        }
+    }
+    StartAttributes(const StartAttributes&) = delete;
+    StartAttributes& operator=(const StartAttributes&) = delete;
+
+    LPPROC_THREAD_ATTRIBUTE_LIST list() {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
+    }
+    explicit operator bool() const noexcept { return isGood; }
+
+private:
+    bool add(DWORD_PTR attribute, std::span<HANDLE> value) {
+        return UpdateProcThreadAttribute(list(), 0, attribute, value.data(), value.size_bytes(),
+                                         nullptr, nullptr) != 0;
+    }
+
+    std::vector<std::byte> room;
+    bool isGood = false;
+};
+
+/// A group of its own keeps the console's Ctrl-C, which is meant for us, from the child, and lets
+/// us send it a Ctrl-Break. Without a console of ours the child must not open one of its own. It
+/// begins when it is known to be in its job.
+DWORD creationFlagsHere() {
+    const bool haveConsole = GetConsoleCP() != 0;
+    return EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP | CREATE_SUSPENDED |
+           (haveConsole ? 0 : CREATE_NO_WINDOW);
+}
+
+/// A child that crashes, or finds no disk in a drive, must not wait for somebody to click.
+void silenceDialogs() {
+    SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+}
+
+/// Creates the suspended process in the jobs, none or one. Returns 0, or the system's error code.
+DWORD create(const ProgramStart& start, std::span<HANDLE> jobs, PROCESS_INFORMATION& created) {
+    std::vector<HANDLE> handles{start.input};
+    for (HANDLE handle : {start.output, start.errors}) {
+        if (std::ranges::find(handles, handle) == handles.end()) {  // the system refuses it twice
+            handles.push_back(handle);
+        }
+    }
+    StartAttributes attributes(handles, jobs);
+    if (!attributes) {
+        return GetLastError();
+    }
+    STARTUPINFOEXW startup{};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+    startup.StartupInfo.wShowWindow = start.window;
+    startup.StartupInfo.hStdInput = start.input;
+    startup.StartupInfo.hStdOutput = start.output;
+    startup.StartupInfo.hStdError = start.errors;
+    startup.lpAttributeList = attributes.list();
+    silenceDialogs();
+    const std::wstring program = nativePath(LongFileName(AString(start.program)), "start");
+    std::wstring commandLine = start.commandLine;  // the system may write to it
+    const bool isCreated =
+        CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+                       start.flags | creationFlagsHere(), nullptr, start.folder.c_str(),
+                       &startup.StartupInfo, &created) != 0;
+    return isCreated ? 0 : GetLastError();
+}
+
+/// The interpreter of a batch file may not have been born in the job.
+bool bringIntoJob(const StartedProcess& started) {
+    BOOL isThere = FALSE;
+    return (IsProcessInJob(started.process.get(), started.job.get(), &isThere) != 0 &&
+            isThere != FALSE) ||
+           AssignProcessToJobObject(started.job.get(), started.process.get()) != 0;
+}
+
+}  // namespace
+
+int startInJob(const ProgramStart& start, StartedProcess& started) {
+    started.job = Handle(CreateJobObjectW(nullptr, nullptr));
+    if (!started.job || !endWithJob(started.job, true)) {
+        return static_cast<int>(GetLastError());
+    }
+    HANDLE job = started.job.get();
+    PROCESS_INFORMATION created{};
+    DWORD error = create(start, {&job, 1}, created);
+    if (error == ERROR_ACCESS_DENIED) {  // perhaps a job of ours that takes no other into it
+        error = create(start, {}, created);
+    }
+    if (error != 0) {
+        return static_cast<int>(error);
+    }
+    const Handle thread(created.hThread);
+    started.process = Handle(created.hProcess);
+    started.number = created.dwProcessId;
+    if (!bringIntoJob(started)) {
+        const DWORD reason = GetLastError();
+        started.job.close();
+        VelDebug(0, "warning: %s has no job: what it starts may outlive the run: %s", start.program,
+                 systemMessage(static_cast<int>(reason)));
+    }
+    ResumeThread(thread.get());
+    return 0;
+}
+
+bool endWithJob(const Handle& job, bool wanted) noexcept {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = wanted ? JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE : 0;
+    return SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
+                                   sizeof limits) != 0;
+}
+
+}  // namespace tkcore

@@ -2,12 +2,17 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
+#include <exception>
 #include <functional>
+#include <memory>
 #include <new>
 #include <string>
 
 #include <windows.h>
+
+#include "tkcore/report/inside/ConsoleWriter.windows.h"
 
 namespace tkcore {
 
@@ -29,12 +34,6 @@ unsigned consoleColumns() noexcept {
     return (isKnown && width > 0 ? static_cast<unsigned>(width) : kUsualColumns) - 1;
 }
 
-bool write(std::wstring_view text) noexcept {
-    DWORD written = 0;
-    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written,
-                         nullptr) != 0;
-}
-
 /// Halves of a character, and what has no width or no shape, have no place in a line.
 bool isPrintable(wchar_t character) noexcept {
     WORD type = 0;
@@ -52,6 +51,30 @@ HANDLE openConsole() noexcept {
     const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
     DWORD mode = 0;
     return !isDumb && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
+}
+
+void writeToConsole(const std::wstring& text) {
+    DWORD written = 0;
+    WriteConsoleW(openConsole(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+}
+
+/// The one writer; null if the system has no thread for it. It is there once there is a console.
+ConsoleWriter* consoleWriter() noexcept {
+    static const std::unique_ptr<ConsoleWriter> kWriter = []() -> std::unique_ptr<ConsoleWriter> {
+        try {
+            return std::make_unique<ConsoleWriter>(writeToConsole);
+        } catch (const std::exception&) {
+            return nullptr;
+        }
+    }();
+    return kWriter.get();
+}
+
+/// One that has not taken all for so long is not waited for again.
+void waitForConsole() {
+    constexpr std::chrono::seconds kPatience{1};
+    static bool isStopped = false;
+    isStopped = !consoleWriter()->waitFor(isStopped ? std::chrono::seconds(0) : kPatience);
 }
 
 /// A line that has the text, blanks behind it, and the cursor back at its start. No sequence of
@@ -86,7 +109,7 @@ struct TerminalLine::System final {
 };
 
 TerminalLine::TerminalLine() {
-    if (HANDLE handle = openConsole(); handle != nullptr) {
+    if (HANDLE handle = openConsole(); handle != nullptr && consoleWriter() != nullptr) {
         system = std::make_unique<System>(handle);
     }
 }
@@ -105,7 +128,8 @@ void TerminalLine::show(std::wstring_view text) {
     if (isShown && line == system->shown) {
         return;
     }
-    isShown = write(line);
+    isShown = true;
+    consoleWriter()->show(line);
     system->shown = std::move(line);
 }
 
@@ -114,22 +138,22 @@ bool isPersonAtTerminal() noexcept {
 }
 
 void printOnTerminal(std::wstring_view text) {
-    if (HANDLE handle = openConsole(); handle != nullptr) {
+    if (openConsole() != nullptr && consoleWriter() != nullptr) {
         eraseTerminalLine();
         std::wstring line(text);
         std::ranges::replace_if(line, std::not_fn(isPrintable), kQuestionMark);
-        DWORD written = 0;
-        line += L"\r\n";
-        WriteConsoleW(handle, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+        consoleWriter()->print(line + L"\r\n");
+        waitForConsole();
     }
 }
 
 void eraseTerminalLine() noexcept {
     if (isShown.exchange(false)) {
         try {
-            write(lineOf({}));
+            consoleWriter()->show(lineOf({}));
+            waitForConsole();
         } catch (const std::bad_alloc&) {
-            write(L"\r");  // what is printed next goes over it
+            return;  // what is printed next goes over it
         }
     }
 }

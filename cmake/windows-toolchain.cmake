@@ -18,6 +18,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # Windows 10 is the first whose narrow code page can be UTF-8. The same source gives the same bytes,
 # wherever and whenever it is compiled.
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH root)
-set(CMAKE_C_FLAGS_INIT "-D_WIN32_WINNT=0x0A00 -ffile-prefix-map=${root}/=")
+set(CMAKE_C_FLAGS_INIT
+    "-D_WIN32_WINNT=0x0A00 -fstack-protector-strong -fcf-protection=full -ffile-prefix-map=${root}/=")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")

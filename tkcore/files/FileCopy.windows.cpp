@@ -1,6 +1,7 @@
 #include "tkcore/files/FileCopy.h"
 
 #include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/files/inside/Renaming.windows.h"
 #include "tkcore/system/Handle.windows.h"
 #include "tkcore/system/System.h"
@@ -41,7 +42,7 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
         return !isOpenElsewhere(error);
     });
     if (error != 0) {
-        throwSystemError(error, "cannot move " + VEL_ANSI(source) + " to " + VEL_ANSI(target));
+        throwPathFailure(systemError(error), "move", source, " to " + VEL_ANSI(target));
     }
 }
 
@@ -52,7 +53,7 @@ void requireReplaceableFile(const LongFileName& target) {
         return;
     }
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
-        throwSystemError(ERROR_ACCESS_DENIED, "cannot replace " + VEL_ANSI(target));
+        throwPathFailure(systemError(ERROR_ACCESS_DENIED), "replace", target);
     }
     const Handle file = openToMove(native);
     const DWORD error = GetLastError();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/Handle.windows.h"
 #include "tkcore/system/Interruption.h"
 #include "tkcore/system/System.h"
@@ -40,7 +41,7 @@ struct InputFile::OpenFile final {
             return handle || error != ERROR_SHARING_VIOLATION || isEndRequested();
         });
         if (!handle) {
-            throwSystemError(error, "cannot open " + VEL_ANSI(path));
+            throwPathFailure(systemError(error), "open", path);
         }
     }
 
@@ -53,8 +54,8 @@ InputFile::InputFile(const LongFileName& filePath)
     : path(filePath), file(std::make_unique<OpenFile>(filePath)) {
     BY_HANDLE_FILE_INFORMATION status{};
     if (GetFileType(file->handle.get()) != FILE_TYPE_DISK) {
-        throwSystemError(ERROR_NOT_SUPPORTED, "cannot read " + VEL_ANSI(path) +
-                                                  ", which is neither a file nor a directory");
+        throwPathFailure(systemError(ERROR_NOT_SUPPORTED), "read", path,
+                         ", which is neither a file nor a directory");
     }
     if (GetFileInformationByHandle(file->handle.get(), &status) == 0) {
         throwLastError("open", path);

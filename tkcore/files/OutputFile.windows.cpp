@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/Handle.windows.h"
 #include "tkcore/system/SystemError.windows.h"
 
@@ -35,7 +36,7 @@ OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint3
                                       appends ? OPEN_ALWAYS : CREATE_NEW, attributes, nullptr));
     const DWORD error = GetLastError();
     if (!file->handle) {
-        throwSystemError(error, "cannot create " + VEL_ANSI(path));
+        throwPathFailure(systemError(error), "create", path);
     }
 }
 

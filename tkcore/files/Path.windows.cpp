@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include "tkcore/files/NativePath.windows.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/SystemError.windows.h"
 
 namespace tkcore {
@@ -70,16 +71,15 @@ std::wstring withLimit(const std::wstring& path) {
 std::wstring nativePath(const LongFileName& path, const char* action) {
     const std::wstring& wide = path.FilePath().wide();
     if (isReserved(wide)) {
-        throwSystemError(ERROR_INVALID_NAME, std::string("cannot ") + action + " " +
-                                                 VEL_ANSI(path) +
-                                                 ", a name that the system keeps for itself");
+        throwPathFailure(systemError(ERROR_INVALID_NAME), action, path,
+                         ", a name that the system keeps for itself");
     }
     return withoutLimit(wide);
 }
 
 void throwLastError(const char* action, const LongFileName& path) {
     const DWORD error = GetLastError();
-    throwSystemError(error, std::string("cannot ") + action + " " + VEL_ANSI(path));
+    throwPathFailure(systemError(error), action, path);
 }
 
 fs::path toPath(const AString& text) {

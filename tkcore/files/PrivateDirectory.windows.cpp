@@ -7,6 +7,7 @@
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/files/Path.h"
 #include "tkcore/files/inside/OpenFolder.windows.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/files/inside/TreeRemoval.h"
 #include "tkcore/system/System.h"
 #include "tkcore/system/SystemError.windows.h"
@@ -36,13 +37,13 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
     heldPath = path.heldOpen(system->folder);
     if (CreateDirectoryW(native.c_str(), nullptr) == 0) {
         const DWORD error = GetLastError();
-        throwSystemError(error, "cannot create directory " + VEL_ANSI(path));
+        throwPathFailure(systemError(error), "create directory", path);
     }
     system->folder->handle = openFolder(native);
     if (!system->folder->handle) {
         const DWORD error = GetLastError();
         RemoveDirectoryW(native.c_str());
-        throwSystemError(error, "cannot open the new directory " + VEL_ANSI(path));
+        throwPathFailure(systemError(error), "open the new directory", path);
     }
 }
 
@@ -70,8 +71,7 @@ std::vector<AString> PrivateDirectory::contents() const {
         names.push_back(pathText(entry->path().filename()));
     }
     if (error) {
-        throwSystemError(static_cast<DWORD>(error.value()),
-                         "cannot list directory " + VEL_ANSI(heldPath));
+        throwPathFailure(error, "list directory", heldPath);
     }
     return names;
 }

@@ -8,6 +8,7 @@
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/files/Path.h"
 #include "tkcore/files/PathStatus.h"
+#include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/files/inside/Renaming.windows.h"
 #include "tkcore/system/Handle.windows.h"
 #include "tkcore/system/Interruption.h"
@@ -37,7 +38,7 @@ private:
     /// To its place; returns 0, or the system's error code, and the file vanishes as before.
     DWORD rename() const;
     [[noreturn]] void fail(DWORD error, const char* action) const {
-        throwSystemError(error, std::string("cannot ") + action + " " + VEL_ANSI(path));
+        throwPathFailure(systemError(error), action, path);
     }
 
     LongFileName path;

@@ -11,6 +11,7 @@
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/files/Path.h"
 #include "tkcore/programs/inside/CommandLine.windows.h"
+#include "tkcore/programs/inside/Grace.h"
 #include "tkcore/programs/inside/PipeEnd.windows.h"
 #include "tkcore/programs/inside/ProgramPath.h"
 #include "tkcore/programs/inside/ProgramStart.windows.h"
@@ -21,9 +22,6 @@
 namespace tkcore {
 
 namespace {
-
-/// For a program to give its licence back, or to end its job in a cluster.
-constexpr std::chrono::seconds kGrace{1};
 
 /// For the system to end what is told to end. What it cannot end, as a program that a driver holds,
 /// must not keep us for ever.

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <string>
 #include <system_error>
 
 #include <windows.h>
 
 namespace tkcore {
 
-/// Throws std::system_error with the system's own text for the code behind ours.
-[[noreturn]] inline void throwSystemError(DWORD error, const std::string& text) {
-    throw std::system_error(static_cast<int>(error), std::system_category(), text);
+/// A code of the system, which has a text for it.
+inline std::error_code systemError(DWORD code) {
+    return {static_cast<int>(code), std::system_category()};
 }
 
 }  // namespace tkcore

@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tkcore/programs/inside/Grace.h"
 #include "tkcore/programs/inside/ProcessDescriptor.posix.h"
 #include "tkcore/programs/inside/ProcessTable.posix.h"
 #include "tkcore/system/FileDescriptor.posix.h"
@@ -31,9 +32,6 @@ constexpr int kStatusDescriptor = 3;
 constexpr int kFirstUnusedDescriptor = 4;
 constexpr int kKeeperFailed = 127;
 constexpr int kSignalBase = 128;
-
-/// For a program to give its licence back, or to end its job in a cluster.
-constexpr std::chrono::seconds kGrace{1};
 
 /// Ties this process to its parent; false if the parent is gone already.
 bool dieWith(pid_t parent, int signal) noexcept {

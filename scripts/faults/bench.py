@@ -136,9 +136,20 @@ class Run:
         with open(os.pidfd_open(process.pid), "rb") as end:
             if select.select([end], [], [], HANG_SECONDS)[0]:
                 return process.wait()
+        self.waits_in = self.waits()
         os.killpg(process.pid, signal.SIGKILL)
         process.wait()
         return None
+
+    def waits(self):
+        """What each thread of its processes waits in, as the kernel names it."""
+        found = []
+        for process, command in self.processes().items():
+            with contextlib.suppress(OSError):  # it has ended
+                threads = Path(f"/proc/{process}/task").glob("*/wchan")
+                name = Path(command.split()[0]).name
+                found += [f"{name} in {file.read_text()}" for file in threads]
+        return found
 
     def processes(self):
         """Those that name the directory on their command line or stand in it."""
@@ -194,7 +205,7 @@ class Run:
 def check_end(run):
     """A line for each promise that a run breaks whatever happens to it."""
     if run.code is None:
-        yield f"still runs after {HANG_SECONDS} s"
+        yield f"still runs after {HANG_SECONDS} s: {run.waits_in}"
     if run.left_processes:
         yield f"leaves the processes {run.left_processes}"
 

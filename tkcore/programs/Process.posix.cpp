@@ -146,9 +146,11 @@ void endOrphansOfKeepers() {
     for (bool found = true; found;) {
         Children room;
         const auto children = std::span(room).first(childrenOfThisProcess(room));
-        const auto others = std::ranges::partition(
-            children, [](pid_t child) { return !isKeeper(child) && !isForeign(child); });
-        found = killChildren(children.first(children.size() - others.size()));
+        // Not that of ranges, whose result clang 14 cannot compile.
+        const auto others = std::partition(children.begin(), children.end(), [](pid_t child) {
+            return !isKeeper(child) && !isForeign(child);
+        });
+        found = killChildren({children.begin(), others});
     }
 }
 
@@ -292,7 +294,7 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
         VelDebug(0, "error: %s is the program that would start it", start.program);
         return EPERM;
     }
-    for (const PipeHandle output : {request.output, request.errors}) {
+    for (PipeHandle output : {request.output, request.errors}) {
         if (output != nullptr && !output->descriptor) {
             return EMFILE;
         }

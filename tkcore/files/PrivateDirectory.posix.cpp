@@ -83,8 +83,10 @@ PrivateDirectory::~PrivateDirectory() = default;
 PrivateDirectory::Name PrivateDirectory::name() const {
     struct stat found {};
     // By its whole path, as programs do that are given it.
-    if (stat(withoutSeparatorAtItsEnd(VEL_ANSI(heldPath)).c_str(), &found) != 0) {
-        return Name::kNothing;
+    const std::string path = withoutSeparatorAtItsEnd(VEL_ANSI(heldPath));
+    if (stat(path.c_str(), &found) != 0) {
+        // A link that leads nowhere is something else, too.
+        return lstat(path.c_str(), &found) != 0 ? Name::kNothing : Name::kOther;
     }
     return system->isThis(found) ? Name::kOurs : Name::kOther;
 }

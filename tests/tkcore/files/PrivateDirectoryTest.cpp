@@ -56,6 +56,9 @@ TEST_F(PrivateDirectoryTest, cannotLoseItsNameOrIsFoundWithoutIt) {
     fs::rename(folder / "run", folder / "moved", refused);
     EXPECT_EQ(!refused, isHere(On::kPosix));
     if (!refused) {
+        fs::create_symlink("nowhere", folder / "run");
+        EXPECT_EQ(directory.name(), PrivateDirectory::Name::kOther);
+        fs::remove(folder / "run");
         fs::create_directory(folder / "run");
         writeFile(folder / "run/file", "somebody else's");
         EXPECT_EQ(directory.name(), PrivateDirectory::Name::kOther);

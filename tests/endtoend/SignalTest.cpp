@@ -23,7 +23,7 @@ protected:
 
     void expectNothingLeft() {
         EXPECT_TRUE(isEveryProcessGone());
-        EXPECT_EQ(files(), before);
+        EXPECT_EQ(files(), before) << readFile(tools / "log");
     }
 
     /// A run in which an extraction of the view hangs, with a child of its own.

@@ -216,7 +216,7 @@ TEST_F(Hanging, endsWithTheProgramWhereTheTableOfProcessesIsThatOfOthers) {
     if (runProgram({{kShell, "-c", apart + "true"}, {}, {}, {}}).exitCode != 0) {
         GTEST_SKIP() << "no right to a space of process numbers of one's own";
     }
-    const std::string stay = "'\"$@\" & wait; while :; do sleep 1; done' sh \"$@\"";
+    const std::string stay = R"('"$@" & wait; while :; do sleep 1; done' sh "$@")";
     ProgramRun shell(inShell("exec " + apart + stay, {"-z", "design.mcm", "out.vlx"}));
     awaitHanging();
     const auto isRun = [this] { return processesWith("extracta_control_"); };

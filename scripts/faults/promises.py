@@ -30,8 +30,8 @@ def outcomes_of(plan, code, output, errors):
     if plan.is_silent:
         codes = {name: text.partition(":")[0] for name, text in OUTCOMES.items()}
         return {name for name, text in codes.items() if text == ("-" if code < 0 else str(code))}
-    if code < 0 and signal.Signals(-code).name in UNCLEAN and re.fullmatch(WRITTEN, output):
-        output = ""  # it may come right behind the outcome line
+    if code < 0 and signal.Signals(-code).name in UNCLEAN and errors == "":
+        output = re.sub(WRITTEN, "", output)  # it may come right behind the outcome line
     text = f"{'-' if code < 0 else code}:{output}:{errors}"
     return {name for name, pattern in OUTCOMES.items() if re.fullmatch(pattern, text)}
 

@@ -197,8 +197,9 @@ extern "C" void* malloc(std::size_t size) {
         errno = ENOMEM;
         return nullptr;
     }
-    if (failing > 0 && ++count == failing && getppid() == numberIn("PARENT")) {
-        const char* log = std::strchr(std::getenv("TKCORE_LOG"), ':') + 1;
+    const char* logAs = std::getenv("TKCORE_LOG");
+    if (failing > 0 && ++count == failing && getppid() == numberIn("PARENT") && logAs != nullptr) {
+        const char* log = std::strchr(logAs, ':') + 1;
         char path[4096];
         std::snprintf(path, sizeof path, "%.*s/allocation-failed",
                       static_cast<int>(std::strrchr(log, '/') - log), log);

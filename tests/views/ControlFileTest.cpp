@@ -20,7 +20,7 @@ std::string controlFile(const ViewSet& views, const std::vector<AString>& nets) 
 }
 
 ViewSet only(ViewType viewType) {
-    return ViewSet(std::uint64_t{1} << static_cast<int>(viewType));
+    return ViewSet(std::uint64_t{1} << (static_cast<unsigned>(viewType) & 31U));
 }
 
 /// The block is the one that docs/EXTRACTOR.md shows, or is made so by scripts/update-documents.

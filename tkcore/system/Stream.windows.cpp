@@ -7,8 +7,7 @@ namespace tkcore {
 void openMissingStreams() noexcept {}  // a stream that is not there is no handle of another file
 
 bool writeTo(Stream stream, std::string_view text) noexcept {
-    HANDLE handle =
-        GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+    HANDLE handle = GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
     while (!text.empty()) {
         DWORD count = 0;
         if (WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &count, nullptr) == 0) {

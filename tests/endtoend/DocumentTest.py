@@ -22,7 +22,6 @@ BIN = Path(sys.argv.pop(1)).resolve()
 DOCS = Path(sys.argv.pop(1)).resolve()
 VIEWS = (DOCS / "VIEWS.md").read_text()
 EXTRACTOR = (DOCS / "EXTRACTOR.md").read_text()
-TEN = "layer paddef fullgeo conn diestack net component outline compositepad logicalpin".split()
 
 
 def blocks(text, language=""):
@@ -40,6 +39,9 @@ def rows(header):
     return [[cell.strip(" `") for cell in row.strip("|").split("|")] for row in table]
 
 
+TEN = [row[0].removesuffix(".txt") for row in rows("File") if row[3] == "x"]
+
+
 class Documents(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -47,7 +49,8 @@ class Documents(unittest.TestCase):
         cls.addClassCleanup(folder.cleanup)
         cls.folder = Path(folder.name)
         os.chdir(cls.folder)
-        os.environ["VELTAR_EXTRACTA_PATHOVERRIDE"] = str(BIN / "extracta-standin")
+        os.environ |= {"VELTAR_EXTRACTA_PATHOVERRIDE": str(BIN / "extracta-standin"),
+                       "VELTAR_EXTRACTA_LIMIT": "1", "EXTRACTA_STANDIN_TRACE": str(cls.folder / "trace")}
         subprocess.run([BIN / "make-design", "--nets", "30", "--records", "1500", "--odd-names",
                         "demo.mcm"], check=True)
         for arguments in (["demo.mcm", "all"], ["-cell", "demo.mcm", "cell"],
@@ -106,6 +109,10 @@ class Documents(unittest.TestCase):
                 f"{found[1]}{n + 1}" for n in range(int(found[2]))), columns).split()
             if columns != ["..."]:
                 self.assertEqual(columns, self.read(view)[0], view)
+
+    def test_name_the_views_in_the_order_of_their_extractions(self):
+        started = re.findall("^start (.*?)[.]txt ", (self.folder / "trace").read_text(), re.MULTILINE)
+        self.assertEqual(started[:len(TEN)], [view for view in TEN if view != "conn"] + ["connnets"])
 
     def test_count_what_is_delivered(self):
         files = os.listdir()

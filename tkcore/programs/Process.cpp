@@ -3,6 +3,7 @@
 #include <span>
 
 #include "tkcore/programs/inside/ProgramArguments.h"
+#include "tkcore/programs/inside/ProgramEnd.h"
 
 namespace tkcore {
 
@@ -25,6 +26,18 @@ int VeltCreateProcess(const AString& applicationName, const AString* argv, int a
     request.creationFlags = creationFlags;
     request.showWindow = showWindow;
     return startProgram(request, process);
+}
+
+int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
+    if (!lookForEnd(*process)) {
+        return 0;
+    }
+    exitCode = notedExitCode(*process).value_or(kStillRunning);
+    return 1;
+}
+
+bool hasProcessEnded(ProcessHandle process) noexcept {
+    return notedExitCode(*process).has_value();
 }
 
 }  // namespace tkcore

@@ -22,6 +22,7 @@
 #include "tkcore/programs/inside/ProcessDescriptor.posix.h"
 #include "tkcore/programs/inside/ProcessKeeper.posix.h"
 #include "tkcore/programs/inside/ProcessTable.posix.h"
+#include "tkcore/programs/inside/ProgramEnd.h"
 #include "tkcore/programs/inside/ProgramPath.h"
 #include "tkcore/programs/inside/StartedProcess.posix.h"
 #include "tkcore/report/Log.h"
@@ -290,10 +291,6 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     if (const int error = findProgram(request.program, start.program); error != 0) {
         return error;
     }
-    if (isThisProgram(start.program)) {
-        VelDebug(0, "error: %s is the program that would start it", start.program);
-        return EPERM;
-    }
     for (PipeHandle output : {request.output, request.errors}) {
         if (output != nullptr && !output->descriptor) {
             return EMFILE;
@@ -337,23 +334,17 @@ void resumePrograms() {
     signalKeepers(SIGCONT);
 }
 
-int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
-    if (!process->exitCode) {
-        int status = 0;
-        const pid_t ended = waitpid(process->keeper, &status, WNOHANG);
-        if (ended < 0) {
-            return 0;
-        }
-        if (ended > 0) {
-            noteEnd(*process, status);
-        }
+bool lookForEnd(StartedProcess& process) noexcept {
+    int status = 0;
+    const pid_t ended = process.exitCode ? 0 : waitpid(process.keeper, &status, WNOHANG);
+    if (ended > 0) {
+        noteEnd(process, status);
     }
-    exitCode = process->exitCode.value_or(kStillRunning);
-    return 1;
+    return ended >= 0;
 }
 
-bool hasProcessEnded(ProcessHandle process) noexcept {
-    return process->exitCode.has_value();
+std::optional<int> notedExitCode(const StartedProcess& process) noexcept {
+    return process.exitCode;
 }
 
 void requestProcessTreeEnd(ProcessHandle process) noexcept {

@@ -13,6 +13,7 @@
 #include "tkcore/programs/inside/CommandLine.windows.h"
 #include "tkcore/programs/inside/Grace.h"
 #include "tkcore/programs/inside/PipeEnd.windows.h"
+#include "tkcore/programs/inside/ProgramEnd.h"
 #include "tkcore/programs/inside/ProgramPath.h"
 #include "tkcore/programs/inside/ProgramStart.windows.h"
 #include "tkcore/programs/inside/StartedProcess.windows.h"
@@ -125,10 +126,6 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     if (const int error = findProgram(request.program, start.program); error != 0) {
         return error;
     }
-    if (isThisProgram(start.program)) {
-        VelDebug(0, "error: %s is the program that would start it", start.program);
-        return ERROR_ACCESS_DENIED;
-    }
     const Handle null = nullDeviceForChild();
     const Handle output = handleForChild(request.output, null);
     const Handle errors = handleForChild(request.errors, null);
@@ -167,16 +164,15 @@ void suspendPrograms() {}  // this process is never suspended itself
 
 void resumePrograms() {}
 
-int VeltGetProcessExitCode(ProcessHandle process, int& exitCode) {
-    if (!process->exitCode) {
-        noteOwnEnd(*process);
+bool lookForEnd(StartedProcess& process) noexcept {
+    if (!process.exitCode) {
+        noteOwnEnd(process);
     }
-    exitCode = process->exitCode.value_or(kStillRunning);
-    return 1;
+    return true;
 }
 
-bool hasProcessEnded(ProcessHandle process) noexcept {
-    return process->exitCode.has_value();
+std::optional<int> notedExitCode(const StartedProcess& process) noexcept {
+    return process.exitCode;
 }
 
 void requestProcessTreeEnd(ProcessHandle process) noexcept {

@@ -70,7 +70,7 @@ struct Request final {
     CommandLine options;
     AString designText;
     AString outputText;
-    LongFileName design = designText.empty() ? LongFileName() : LongFileName(designText);
+    LongFileName design = tkcore::userPath(designText);
     ViewSet views = options.standardViews ? kStandardViews : kCellViews;
     Delivery delivery{options.zip ? Delivery::Form::kArchive : Delivery::Form::kFolder, outputText,
                       design, views, options.addedFiles};

@@ -22,7 +22,7 @@ Delivery::Delivery(Form deliveredForm, const AString& targetAsGiven, const LongF
                    const ViewSet& deliveredViews, const std::vector<AString>& filesToAdd)
     : form(deliveredForm),
       text(targetAsGiven),
-      place(text.empty() ? LongFileName() : LongFileName(text)),
+      place(tkcore::userPath(text)),
       design(designFile),
       views(deliveredViews),
       addedFiles(filesToAdd) {}
@@ -55,7 +55,7 @@ void Delivery::warnEarly(RunObserver& observer) const {
         warnAboutDesignsFolder(observer, workingPlace);
     } else {
         for (const AString& file : addedFiles) {
-            names.push_back(LongFileName(file).name());
+            names.push_back(tkcore::userPath(file).name());
         }
         warnAboutFolder(observer, place, names, design);
         warnAboutRoom(observer, {workingPlace}, design);

@@ -104,7 +104,7 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
     if (!createWorkingDir(base)) {
         return false;
     }
-    design = LongFileName(designFile);
+    design = tkcore::userPath(designFile);
     const auto reporting = ExtractaViewGenerator::reportTo(observer);
     warnAboutNames(observer, nets);
     return views.Contains(ViewType::conn)
@@ -129,7 +129,7 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
         observer.extractionStarted(ViewTypeName(view.viewType), view.path);
     }
     try {
-        ExtractaViewGenerator::runExtracta(LongFileName(designFile), controlFile, generatorOption,
+        ExtractaViewGenerator::runExtracta(tkcore::userPath(designFile), controlFile, generatorOption,
                                            created, workingDir.name());
     } catch (const std::exception& exception) {
         return fail("extracta run failed: ", exception);
@@ -153,7 +153,7 @@ bool ExtractaExecutor::createExtractaControlFileAndViewsMP(const AString& design
     tkcore::VelDebug(1, "*createExtractaControlFileAndViewsMP: workingdir %s\n",
                      workingDir.name().FilePath());
     try {
-        ParallelRun run(LongFileName(designFile), workingDir, generatorOption, observer);
+        ParallelRun run(tkcore::userPath(designFile), workingDir, generatorOption, observer);
         run.createViews(views, nets, activeViews);
     } catch (const std::exception& exception) {
         return fail("createExtractaControlFileAndViewsMP: ", exception);
@@ -176,7 +176,7 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
 }
 
 bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& extension) {
-    const LongFileName outpath(outputPath);
+    const LongFileName outpath = tkcore::userPath(outputPath);
     VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
     CZipArchive archive;
     archive.beforeDelivery([&] {
@@ -187,7 +187,7 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
         requirePath(outpath, outputPath);
         refuseDesign(outpath, design);
         refuseInside(workingDir.name(), outpath);
-        archive.Open(VEL_ANSI(outputPath), CZipArchive::kCreate, 0);
+        archive.Open(VEL_ANSI(outpath), CZipArchive::kCreate, 0);
     } catch (const std::exception& exception) {
         logReason(exception);
         VEL_ASSERT(kSource, !"open archive failed");
@@ -206,7 +206,7 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
 }
 
 bool ExtractaExecutor::moveActiveViews(const AString& outputPath, const AString& extension) {
-    const LongFileName outpath = outputPath.empty() ? LongFileName() : LongFileName(outputPath);
+    const LongFileName outpath = tkcore::userPath(outputPath);
     VEL_ASSERT_TEXT(kSource, "fs::is_directory(outpath)", isDirectory(outpath));
     try {
         requirePath(outpath, outputPath);

@@ -124,7 +124,7 @@ void warnAboutDesignsFolder(RunObserver& observer, const LongFileName& folder) {
 void warnAboutAddedFiles(RunObserver& observer, const std::vector<AString>& files,
                          std::vector<AString> names) {
     for (const AString& text : files) {
-        const LongFileName file(text);
+        const LongFileName file = tkcore::userPath(text);
         if (const std::string doubt = doubtAboutAdded(file, names); !doubt.empty()) {
             warn(observer, "the file " + text + " cannot be added: " + AString(doubt));
         }

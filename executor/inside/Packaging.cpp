@@ -113,7 +113,7 @@ void moveEntries(const std::vector<LongFileName>& entries, const LongFileName& f
 
 void copyFiles(const std::vector<AString>& files, const LongFileName& directory) {
     for (const AString& text : files) {
-        const LongFileName file(text);
+        const LongFileName file = tkcore::userPath(text);
         if (tkcore::isThere(file)) {
             tkcore::copyToNewFile(file, directory.in(file.name()));
         } else {

@@ -24,6 +24,10 @@ bool endsInSeparator(const std::wstring& text) {
 
 LongFileName::LongFileName(const AString& text) : path(absoluteText(text)) {}
 
+bool LongFileName::isReserved() const {
+    return isReservedText(FilePath());
+}
+
 void LongFileName::MakeItDirectory() {
     if (path && !endsInSeparator(path->wide())) {
         *path += "/";
@@ -40,15 +44,15 @@ const AString& LongFileName::FilePath() const noexcept {
 }
 
 AString LongFileName::name() const {
-    return endsInSeparator(FilePath().wide()) ? AString() : pathText(toPath(*this).filename());
+    return endsInSeparator(FilePath().wide()) ? AString() : pathText(toPath(FilePath()).filename());
 }
 
 AString LongFileName::extension() const {
-    return pathText(toPath(*this).extension());
+    return pathText(toPath(FilePath()).extension());
 }
 
 LongFileName LongFileName::folder() const {
-    const AString text = pathText(toPath(*this).parent_path());
+    const AString text = pathText(toPath(FilePath()).parent_path());
     return text.empty() ? *this : LongFileName(text);  // of the root there is none
 }
 
@@ -69,6 +73,10 @@ LongFileName LongFileName::heldOpen(std::shared_ptr<const OpenFolder> directory)
     return open;
 }
 
+LongFileName userPath(const AString& text) {
+    return text.empty() ? LongFileName() : LongFileName(text);
+}
+
 bool LFN_CreateDirectory(const LongFileName& directory) {
     boost::system::error_code error;
     return directory.IsInitialized() && fs::create_directory(toPath(directory), error);
@@ -79,7 +87,7 @@ bool LFN_IsExistingDirectory(const LongFileName& directory) {
 }
 
 bool LFN_Delete(const LongFileName& file) {
-    if (!file.IsInitialized()) {
+    if (!file.IsInitialized() || file.isReserved()) {
         return false;
     }
     bool isRemoved = false;

@@ -14,6 +14,9 @@ struct OpenFolder;
 /// from the caller's current directory, an empty one is that directory; nothing else of the text is
 /// changed. A relative text names no file where the current directory has been removed.
 ///
+/// Where a path isReserved(), nothing is found and nothing is written: to look and to write may
+/// never mean two files.
+///
 /// A file in() a directory that is held open (see PrivateDirectory) is reached through that
 /// directory, whatever its name leads to by then.
 class LongFileName final {
@@ -23,6 +26,10 @@ public:
     explicit LongFileName(const AString& text);
 
     bool IsInitialized() const noexcept { return path.has_value(); }
+
+    /// Whether the system would take the path for something else than what it says: a device, a
+    /// part of a file, or, as it drops what stands at the end of a name, another file.
+    bool isReserved() const;
 
     /// Gives the path a trailing separator, so that a file name can be appended to its text.
     void MakeItDirectory();
@@ -52,6 +59,10 @@ private:
     std::shared_ptr<const OpenFolder> held;  // this directory, or the one that the file is in
     bool isInFolder = false;
 };
+
+/// The path that a user means who has written the text, on the command line or in a variable; none
+/// by an empty one. Every such text becomes a path here.
+LongFileName userPath(const AString& text);
 
 /// The path's text in the system's narrow code page.
 inline std::string VEL_ANSI(const LongFileName& file) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include <windows.h>
 
@@ -12,12 +11,8 @@
 namespace tkcore {
 
 /// For a function of Windows, whatever the path's length; the action is what it is wanted for.
-/// Throws std::system_error for a name that the system would take for something else than a file.
+/// Throws std::system_error for a path that is reserved.
 std::wstring nativePath(const LongFileName& path, const char* action);
-
-/// Whether the system takes the path, or a name in it, for something else than what it says: a
-/// device, or the file of another name. No file is ever there.
-bool isReserved(std::wstring_view path);
 
 /// The path in the form that is free of the system's limit on its length, if it is that long.
 std::wstring withoutLimit(const std::wstring& path);

@@ -16,8 +16,9 @@ namespace tkcore {
 /// form that is free of the limit, and is absolute.
 boost::filesystem::path toPath(const AString& text);
 
+/// Empty for a path that is reserved.
 inline boost::filesystem::path toPath(const LongFileName& file) {
-    return toPath(file.FilePath());
+    return file.isReserved() ? boost::filesystem::path() : toPath(file.FilePath());
 }
 
 /// The inverse of toPath().
@@ -27,6 +28,10 @@ AString pathText(const boost::filesystem::path& path);
 /// is that directory. Nothing else is changed but a form of toPath()'s, which is taken back. None
 /// for a relative one where the current directory has been removed.
 std::optional<AString> absoluteText(const AString& text);
+
+/// Whether the system takes an absolute path, or a name in it, for something else than what it
+/// says: a device, a part of a file, or the file of another name.
+bool isReservedText(const AString& text);
 
 /// An absolute path as other programs of this system expect it, with nothing but its own separator
 /// between the names; any other text as it is.

@@ -24,6 +24,10 @@ std::optional<AString> absoluteText(const AString& text) {
     return error ? std::nullopt : std::optional(pathText(here / given));
 }
 
+bool isReservedText(const AString& /*text*/) {
+    return false;
+}
+
 AString pathForPrograms(const AString& text) {
     return text;
 }

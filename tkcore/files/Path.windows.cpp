@@ -46,7 +46,7 @@ std::wstring fullPath(const std::wstring& path) {
 std::wstring withoutLimit(const std::wstring& path) {
     // Room for a name behind a folder: the system's limit on folders is the lower one.
     constexpr std::size_t kMostAsItIs = 240;
-    if (path.empty() || isDevicePath(path) || isReserved(path)) {
+    if (path.empty() || isDevicePath(path) || isReservedText(path)) {
         return path;
     }
     const std::wstring full = fullPath(path);
@@ -69,12 +69,11 @@ std::wstring withLimit(const std::wstring& path) {
 }
 
 std::wstring nativePath(const LongFileName& path, const char* action) {
-    const std::wstring& wide = path.FilePath().wide();
-    if (isReserved(wide)) {
+    if (path.isReserved()) {
         throwPathFailure(systemError(ERROR_INVALID_NAME), action, path,
                          ", a name that the system keeps for itself");
     }
-    return withoutLimit(wide);
+    return withoutLimit(path.FilePath().wide());
 }
 
 void throwLastError(const char* action, const LongFileName& path) {
@@ -96,9 +95,12 @@ std::optional<AString> absoluteText(const AString& text) {
         // What is put behind it may hold slashes, which the form without limit takes for letters.
         return withLimit(text.wide());
     }
-    // "\name" and "X:name" lean on the current drive, and on the current directory of a drive.
+    // "\name" and "X:name" lean on the current drive, and on the current directory of a drive. The
+    // rest is not for the system to complete: it would drop what makes a name a reserved one.
     if (given.has_root_path()) {
-        return fullPath(text.wide());
+        const fs::path root = given.has_root_name() ? given.root_name() : given.root_directory();
+        return AString(
+            withLimit((fs::path(fullPath(root.native())) / given.relative_path()).native()));
     }
     boost::system::error_code error;
     const fs::path here = fs::current_path(error);

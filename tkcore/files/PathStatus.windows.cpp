@@ -75,7 +75,8 @@ bool isReservedName(std::wstring_view name) {
 
 }  // namespace
 
-bool isReserved(std::wstring_view path) {
+bool isReservedText(const AString& text) {
+    std::wstring_view path = text.wide();
     if (path.starts_with(L"\\\\?\\")) {
         path.remove_prefix(4);
     }
@@ -87,7 +88,7 @@ PathStatus statusOf(const LongFileName& path) {
     if (!path.IsInitialized()) {
         return {Kind::kNothing, 0, std::make_error_code(std::errc::no_such_file_or_directory)};
     }
-    if (isReserved(native.native())) {
+    if (path.isReserved()) {
         return {Kind::kUnknown, 0, {ERROR_INVALID_NAME, std::system_category()}};
     }
     boost::system::error_code error;

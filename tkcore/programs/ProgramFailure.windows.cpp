@@ -40,7 +40,7 @@ AString obstacleToStart(const std::string& name, int error) {
     switch (static_cast<DWORD>(error)) {
         case ERROR_FILE_NOT_FOUND:
         case ERROR_PATH_NOT_FOUND:
-            return isPath ? "there is no " + LongFileName(AString(name)).FilePath()
+            return isPath ? "there is no " + userPath(AString(name)).FilePath()
                           : AString("neither the folder of this program nor one of PATH holds it");
         case ERROR_BAD_EXE_FORMAT:
             return "it is no program of this system";

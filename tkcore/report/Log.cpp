@@ -90,7 +90,7 @@ private:
         if (name == "-") {
             return;
         }
-        const LongFileName path(name);
+        const LongFileName path = userPath(name);
         if (noLog() && noLog()(path)) {
             reasonWhyOff = "TKCORE_LOG names a file that is no log: " + name;
             return;

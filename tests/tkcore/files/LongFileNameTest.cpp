@@ -1,10 +1,17 @@
 #include <filesystem>
+#include <string>
+#include <system_error>
 
 #include <gtest/gtest.h>
 
 #include "support/TemporaryDirectory.h"
 #include "support/TestSystem.h"
+#include "tkcore/files/InputFile.h"
 #include "tkcore/files/LongFileName.h"
+#include "tkcore/files/OutputFile.h"
+#include "tkcore/files/PathStatus.h"
+#include "tkcore/files/PrivateDirectory.h"
+#include "tkcore/files/ReplacementFile.h"
 
 namespace {
 
@@ -35,6 +42,46 @@ TEST(LongFileName, endsInOneSeparatorAsADirectory) {
     EXPECT_EQ(directoryText(kRoot + "designs/"), AString(kRoot + "designs/"));
     EXPECT_EQ(directoryText(kRoot), AString(kRoot));
     EXPECT_EQ(directoryText("").wide().size(), fs::current_path().native().size() + 1);
+}
+
+/// Whether nothing is found by the path, and nothing written.
+bool isRefused(const LongFileName& path) {
+    int refusals = 0;
+    const auto attempt = [&](const auto& action) {
+        try {
+            action();
+        } catch (const std::system_error&) {
+            ++refusals;
+        }
+    };
+    attempt([&] { tkcore::OutputFile(path, tkcore::OutputFile::IfThere::kReplace); });
+    attempt([&] { const tkcore::InputFile file(path); });
+    attempt([&] { const tkcore::ReplacementFile file(path); });
+    attempt([&] { const tkcore::PrivateDirectory made(path); });
+    const bool isSeen = tkcore::statusOf(path).kind != tkcore::PathStatus::Kind::kUnknown;
+    EXPECT_EQ(isSeen, LFN_Delete(path) || LFN_CreateDirectory(path));
+    return refusals == 4 && !isSeen;
+}
+
+TEST(LongFileName, isUsedForNoOtherFileThanItNames) {
+    const TemporaryDirectory directory;
+    writeFile(directory / "it", "mine");
+    const fs::path before = fs::current_path();
+    fs::current_path(directory.path());
+    const std::string here = directory.path().string();
+    const std::string drive = directory.path().root_name().string();
+    for (const char* name : {"it.", "it ", "it:", "it::$DATA", "x.\\..\\it", "nul\\..\\it", "NUL",
+                             "com1.log", "CONIN$", "LPT\u00b9.x", "it?"}) {
+        // The last two lean on the current drive and its current directory.
+        for (const std::string& text : {here + "/" + name, std::string(name),
+                                        here.substr(drive.size()) + "/" + name, drive + name}) {
+            EXPECT_EQ(isRefused(tkcore::userPath(AString(text))), isHere(On::kWindows)) << text;
+        }
+    }
+    EXPECT_EQ(readFile(directory / "it"), "mine");
+    EXPECT_FALSE(tkcore::userPath("").IsInitialized());
+    EXPECT_FALSE(isRefused(tkcore::userPath(".x..y")));
+    fs::current_path(before);
 }
 
 /// Or a file, where the library makes no links.

@@ -13,7 +13,7 @@ const ProgramErrors kProgramErrors{ENOENT, EACCES, EPERM};
 
 ProgramPlaces placesOfProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return {{LongFileName(AString(name))}};
+        return {{userPath(AString(name))}};
     }
     ProgramPlaces places{{}, true};
     const char* variable = std::getenv("PATH");

@@ -43,7 +43,7 @@ ProgramPlaces placesOfProgram(const std::string& name) {
     const bool hasExtension = fs::path(text.wide()).has_extension();
     const AString fullName = hasExtension ? text : text + ".exe";
     if (text.wide().find_first_of(L"\\/:") != std::wstring::npos) {
-        return {{LongFileName(fullName), LongFileName(text)}};
+        return {{userPath(fullName), userPath(text)}};
     }
     // A file without extension may be a script that other systems know what to do with.
     ProgramPlaces places{{}, true};

@@ -4,7 +4,10 @@
 
 #include "tkcore/files/NativePath.windows.h"
 #include "tkcore/files/inside/PathFailure.h"
+#include "tkcore/files/inside/Renaming.windows.h"
 #include "tkcore/system/Handle.windows.h"
+#include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
 #include "tkcore/system/SystemError.windows.h"
 
 namespace tkcore {
@@ -12,6 +15,24 @@ namespace tkcore {
 namespace {
 
 constexpr std::uint32_t kAnyWrite = 0222;
+
+/// Makes the file, or opens it to append to it. Returns 0, or the system's error code; one of
+/// isOpenElsewhere() if it is worth trying again.
+DWORD openToWrite(const std::wstring& path, OutputFile::IfThere ifThere, DWORD attributes,
+                  Handle& file) {
+    // The right to append alone makes each write go to the end of the file at that moment.
+    const bool appends = ifThere == OutputFile::IfThere::kAppend;
+    const DWORD access = appends ? FILE_APPEND_DATA | SYNCHRONIZE : GENERIC_WRITE;
+    const DWORD sharing =
+        FILE_SHARE_READ | (appends ? FILE_SHARE_WRITE | FILE_SHARE_DELETE : DWORD{0});
+    const bool isHeld =
+        ifThere == OutputFile::IfThere::kReplace &&
+        (DeleteFileW(path.c_str()) != 0 || GetLastError() == ERROR_SHARING_VIOLATION);
+    file = Handle(CreateFileW(path.c_str(), access, sharing, nullptr,
+                              appends ? OPEN_ALWAYS : CREATE_NEW, attributes, nullptr));
+    const DWORD error = file ? 0 : GetLastError();
+    return error == ERROR_FILE_EXISTS && isHeld ? ERROR_SHARING_VIOLATION : error;
+}
 
 }  // namespace
 
@@ -21,20 +42,19 @@ struct OutputFile::OpenFile final {
 
 OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint32_t permissions)
     : path(filePath), file(std::make_unique<OpenFile>()) {
-    // The right to append alone makes each write go to the end of the file at that moment.
-    const bool appends = ifThere == IfThere::kAppend;
-    const DWORD access = appends ? FILE_APPEND_DATA | SYNCHRONIZE : GENERIC_WRITE;
-    const DWORD sharing =
-        FILE_SHARE_READ | (appends ? FILE_SHARE_WRITE | FILE_SHARE_DELETE : DWORD{0});
     const DWORD attributes =
         (permissions & kAnyWrite) == 0 ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
     const std::wstring native = nativePath(path, "create");
-    if (ifThere == IfThere::kReplace) {
-        DeleteFileW(native.c_str());
-    }
-    file->handle = Handle(CreateFileW(native.c_str(), access, sharing, nullptr,
-                                      appends ? OPEN_ALWAYS : CREATE_NEW, attributes, nullptr));
-    const DWORD error = GetLastError();
+    // What is deleted while somebody holds it open is gone when he lets go, and is denied until
+    // then.
+    const bool mayBeDeleted = ifThere == IfThere::kReplace;
+    DWORD error = 0;
+    tryForAMoment([&] {
+        error = openToWrite(native, ifThere, attributes, file->handle);
+        const bool isHeld =
+            mayBeDeleted ? isOpenElsewhere(error) : error == ERROR_SHARING_VIOLATION;
+        return !isHeld || isEndRequested();
+    });
     if (!file->handle) {
         throwPathFailure(systemError(error), "create", path);
     }

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <thread>
 
@@ -9,6 +10,7 @@
 #include "support/TemporaryDirectory.h"
 #include "tkcore/files/FileCopy.h"
 #include "tkcore/files/InputFile.h"
+#include "tkcore/files/OutputFile.h"
 
 namespace {
 
@@ -21,8 +23,11 @@ protected:
     void SetUp() override {
         writeFile(folder / "held", "older");
         writeFile(folder / "new", "newer");
-        scanner = CreateFileW((folder / "held").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0,
-                              nullptr);
+        hold(0);
+    }
+    void hold(DWORD sharing) {
+        scanner = CreateFileW((folder / "held").c_str(), GENERIC_READ, sharing, nullptr,
+                              OPEN_EXISTING, 0, nullptr);
         ASSERT_NE(scanner, INVALID_HANDLE_VALUE);
     }
     /// As scanners do after a moment.
@@ -43,6 +48,20 @@ protected:
 TEST_F(HeldFile, isReadOnceItIsLetGo) {
     const std::jthread end = letGoSoon();
     EXPECT_EQ(tkcore::InputFile(named("held")).size(), 5U);
+}
+
+TEST_F(HeldFile, isWrittenOnceItIsLetGo) {
+    using tkcore::OutputFile;
+    const std::jthread end = letGoSoon();
+    OutputFile(named("held"), OutputFile::IfThere::kAppend).write(std::string(" still"));
+    EXPECT_EQ(readFile(folder / "held"), "older still");
+    // Others may have what they hold deleted, and it is gone when they let go.
+    for (const DWORD sharing : {DWORD{FILE_SHARE_READ}, DWORD{FILE_SHARE_DELETE}}) {
+        hold(sharing);
+        const std::jthread nextEnd = letGoSoon();
+        OutputFile(named("held"), OutputFile::IfThere::kReplace).write(std::string("anew"));
+        EXPECT_EQ(readFile(folder / "held"), "anew");
+    }
 }
 
 TEST_F(HeldFile, isMovedOnceItIsLetGo) {

@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
+#include <boost/filesystem.hpp>
+
 #include "executor/inside/Packaging.h"
 #include "executor/inside/Warnings.h"
 #include "tkcore/files/FileCopy.h"
+#include "tkcore/files/Path.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/files/ReplacementFile.h"
 #include "tkcore/files/ReplacementTarget.h"
@@ -43,6 +47,28 @@ void refuseFolder(const LongFileName& folder) {
         throw std::runtime_error("cannot write to the folder " + VEL_ANSI(folder) + ": " +
                                  error.code().message());
     }
+}
+
+void refuseToReplace(const LongFileName& file, const LongFileName& design) {
+    refuseDesign(file, design);
+    tkcore::requireReplaceable(file);
+}
+
+/// Of an earlier run, in a folder: this run is likely to replace them.
+std::vector<AString> filesOfSplitNets(const LongFileName& folder) {
+    static constexpr char kAnyPiece[] = "[0-9]_.*";
+    const std::regex pattern(VEL_ANSI(MakeViewFileName(ViewType::conn, kAnyPiece) + "|" +
+                                      MakeControlFileName(ViewType::conn, kAnyPiece)));
+    std::vector<AString> names;
+    boost::system::error_code error;
+    boost::filesystem::directory_iterator entry(tkcore::toPath(folder), error);
+    for (; !error && entry != boost::filesystem::directory_iterator(); entry.increment(error)) {
+        const AString name = tkcore::pathText(entry->path().filename());
+        if (std::regex_match(VEL_ANSI(name), pattern)) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 /// What becomes of an added file, if that is nothing good.
@@ -103,11 +129,19 @@ void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
     try {
         refuseFolder(folder);
         for (const AString& name : names) {
-            refuseDesign(folder.in(name), design);
-            tkcore::requireReplaceable(folder.in(name));
+            refuseToReplace(folder.in(name), design);
         }
     } catch (const std::exception& failure) {
-        warn(observer, AString("the views will not be moved: ").append(failure.what()));
+        return warn(observer, AString("the views will not be moved: ").append(failure.what()));
+    }
+    const AString remainder = MakeViewFileName(ViewType::conn, kRemainderSuffix);
+    const bool splitsNets = std::ranges::find(names, remainder) != names.end();
+    try {
+        for (const AString& name : splitsNets ? filesOfSplitNets(folder) : std::vector<AString>()) {
+            refuseToReplace(folder.in(name), design);
+        }
+    } catch (const std::exception& failure) {
+        warn(observer, AString("the views may not be moved: ").append(failure.what()));
     }
 }
 

@@ -21,7 +21,8 @@ void warnAboutArchive(RunObserver& observer, const tkcore::LongFileName& archive
                       const tkcore::LongFileName& design);
 
 /// About a folder that files of these names cannot be moved into, and about those of the files that
-/// they would replace that are designs, or cannot be replaced as things stand.
+/// they would replace that are designs, or cannot be replaced as things stand; those of split nets,
+/// whose names only the survey tells, where an earlier run has left such.
 void warnAboutFolder(RunObserver& observer, const tkcore::LongFileName& folder,
                      const std::vector<tkcore::AString>& names, const tkcore::LongFileName& design);
 

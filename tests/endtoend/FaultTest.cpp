@@ -314,6 +314,13 @@ std::vector<Fault::Row> Fault::rows() {
              fs::create_directories(fault.directory / "out/layer.txt/mine");
          },
          1, kNotPacked},
+        {"aPieceOntoAFullFolder", Strings{"design.mcm", "out"},
+         "warning: the views may not be moved",
+         [=](Fault& fault) {
+             folder("out")(fault);
+             fs::create_directories(fault.directory / "out/conn0_GND_PIN.txt/mine");
+         },
+         1, kNotPacked},
         {"movedToNothing", movedTo(""), "error: the output path is empty", file("layer.txt"), 1,
          kNotPacked},
         // The output is a design.

@@ -46,7 +46,7 @@ void printOutcome(Stream stream, std::string_view label, const AString& path) {
     end =
         std::to_chars(end, line.end() - 1, reinterpret_cast<std::uintptr_t>(path.c_str()), 16).ptr;
     *end++ = '\n';
-    writeTo(stream, {line.data(), end});
+    tkcore::printLine(stream, {line.data(), end});
 }
 
 /// How far a run has come, for the words that a failure is told with.
@@ -57,10 +57,10 @@ int fail(Stage stage) {
     tkcore::eraseTerminalLine();
     if (stage == Stage::kCreating) {
         VEL_ASSERT(kSource, !"view creation failed");
-        writeTo(Stream::kErrors, "view creation failed (1).\n");
+        tkcore::printLine(Stream::kErrors, "view creation failed (1).\n");
     } else {
         VEL_ASSERT(kSource, !"view zip or move failed");
-        writeTo(Stream::kErrors, "view creation failed (2).\n");
+        tkcore::printLine(Stream::kErrors, "view creation failed (2).\n");
     }
     return 1;
 }
@@ -183,6 +183,7 @@ int main(int argc, char* argv[]) {
         tkcore::writeLog(0, "error: ", "there is no memory left");
         fail(stage);
     }
+    tkcore::finishLines();
     tkcore::endByInterruption();
     return exitCode;
 }

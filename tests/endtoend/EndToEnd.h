@@ -4,6 +4,7 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -50,6 +51,7 @@ protected:
     Outcome run(const Strings& arguments) const {
         Outcome outcome = runProgram(command(arguments));
         for (std::string* text : {&outcome.output, &outcome.errors}) {
+            EXPECT_TRUE(!kProgramsForWindows || !std::regex_search(*text, std::regex("[^\r]\n")));
             std::erase_if(*text, [](char c) { return kProgramsForWindows && c == '\r'; });
         }
         return outcome;

@@ -23,6 +23,7 @@ struct Command final {
     std::map<std::string, std::string> environment;
     std::filesystem::path directory;
     std::vector<std::pair<int, rlim_t>> limits;  // RLIMIT_..., soft limit
+    std::filesystem::path output = {};           // for its standard output, if not to be kept
 };
 
 struct Outcome final {
@@ -61,7 +62,9 @@ public:
 
 private:
     [[noreturn]] void become(const Command& command) const {
-        const int output = open((streams / "output").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        const int output =
+            open((command.output.empty() ? streams / "output" : command.output).c_str(),
+                 O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         const int errors = open((streams / "errors").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         dup2(output, STDOUT_FILENO);
         dup2(errors, STDERR_FILENO);

@@ -3,6 +3,8 @@
 #include <memory>
 #include <string_view>
 
+#include "tkcore/system/Stream.h"
+
 namespace tkcore {
 
 /// One line on the terminal that standard error is, rewritten in place. There is at most one in a
@@ -41,5 +43,14 @@ bool isPersonAtTerminal() noexcept;
 /// Writes a line that stays, where there may be a person; nothing elsewhere. What the terminal
 /// cannot print is shown as "?".
 void printOnTerminal(std::wstring_view text);
+
+/// Writes a short line, which ends in "\n", to an output of the process, with the line end of this
+/// system. Waits like writeTo(), but hardly for a console that takes no text for now: what there is
+/// to do behind the line must get done.
+void printLine(Stream stream, std::string_view line) noexcept;
+
+/// Waits until consoles have taken all lines, but no longer than until a request to end the program
+/// has come. For the end of the process.
+void finishLines() noexcept;
 
 }  // namespace tkcore

@@ -224,6 +224,12 @@ void printOnTerminal(std::wstring_view text) {
     }
 }
 
+void printLine(Stream stream, std::string_view line) noexcept {
+    writeTo(stream, line);
+}
+
+void finishLines() noexcept {}  // they are written
+
 void eraseTerminalLine() noexcept {
     if (shownColumns != 0) {
         const int error = errno;

@@ -1,6 +1,7 @@
 #include "tkcore/report/Terminal.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -13,6 +14,8 @@
 #include <windows.h>
 
 #include "tkcore/report/inside/ConsoleWriter.windows.h"
+#include "tkcore/system/Interruption.h"
+#include "tkcore/text/CodePage.h"
 
 namespace tkcore {
 
@@ -44,18 +47,27 @@ bool isPrintable(wchar_t character) noexcept {
            !IS_HIGH_SURROGATE(character) && !IS_LOW_SURROGATE(character);
 }
 
-/// Standard error, if it is a console that can show more than plain text; else null.
-HANDLE openConsole() noexcept {
-    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
-    const char* type = std::getenv("TERM");
-    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
-    DWORD mode = 0;
-    return !isDumb && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
+HANDLE handleOf(Stream stream) noexcept {
+    return GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
 }
 
+bool isConsole(Stream stream) noexcept {
+    DWORD mode = 0;
+    return GetConsoleMode(handleOf(stream), &mode) != 0;
+}
+
+/// Standard error, if it is a console that can show more than plain text; else null.
+HANDLE openConsole() noexcept {
+    const char* type = std::getenv("TERM");
+    const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
+    return !isDumb && isConsole(Stream::kErrors) ? handleOf(Stream::kErrors) : nullptr;
+}
+
+/// Both outputs lead to the same one if they lead to any.
 void writeToConsole(const std::wstring& text) {
+    HANDLE handle = handleOf(isConsole(Stream::kErrors) ? Stream::kErrors : Stream::kOutput);
     DWORD written = 0;
-    WriteConsoleW(openConsole(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    WriteConsoleW(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
 /// The one writer; null if the system has no thread for it. It is there once there is a console.
@@ -144,6 +156,31 @@ void printOnTerminal(std::wstring_view text) {
         std::ranges::replace_if(line, std::not_fn(isPrintable), kQuestionMark);
         consoleWriter()->print(line + L"\r\n");
         waitForConsole();
+    }
+}
+
+void printLine(Stream stream, std::string_view line) noexcept {
+    if (isConsole(stream) && consoleWriter() != nullptr) {
+        try {
+            consoleWriter()->print(widen(line.substr(0, line.size() - 1)) + L"\r\n");
+            return waitForConsole();
+        } catch (const std::bad_alloc&) {  // then it is written here
+        }
+    }
+    constexpr std::string_view kLineEnd = "\r\n";
+    std::array<char, 256> whole;
+    const std::size_t size = std::min(line.size() - 1, whole.size() - kLineEnd.size());
+    char* end = std::copy_n(line.begin(), size, whole.begin());
+    writeTo(stream, {whole.data(), std::ranges::copy(kLineEnd, end).out});
+}
+
+void finishLines() noexcept {
+    constexpr std::chrono::milliseconds kBetweenLooks{100};
+    if (!isConsole(Stream::kErrors) && !isConsole(Stream::kOutput)) {
+        return;  // the writer need not be made for this
+    }
+    while (consoleWriter() != nullptr && !consoleWriter()->waitFor(kBetweenLooks) &&
+           !isEndRequested()) {
     }
 }
 

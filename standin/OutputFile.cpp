@@ -40,7 +40,8 @@ void OutputFile::close() {
 }
 
 void OutputFile::fail(const char* what) const {
-    throw std::runtime_error(path + ": " + what + ": " + lastFailure());
+    const std::string reason = lastFailure();  // before anything can change it
+    throw std::runtime_error(path + ": " + what + ": " + reason);
 }
 
 }  // namespace standin

@@ -71,7 +71,8 @@ std::pair<std::string, std::string> cutFirstWord(const std::string& line) {
 void put(const std::string& path, const std::string& bytes, Mode mode) {
     standin::WritableFile file(path, mode);
     if (!file.isOpen() || !file.write(bytes) || !file.close()) {
-        throw std::runtime_error(path + ": " + standin::lastFailure());
+        const std::string reason = standin::lastFailure();  // before anything can change it
+        throw std::runtime_error(path + ": " + reason);
     }
 }
 

@@ -40,8 +40,8 @@ HANDLE startProcess(const std::filesystem::path& program, std::wstring line, DWO
     PROCESS_INFORMATION started{};
     if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, flags, nullptr,
                        nullptr, &startup, &started) == 0) {
-        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
-                                pathText(program));
+        const DWORD code = GetLastError();
+        throw std::system_error(static_cast<int>(code), std::system_category(), pathText(program));
     }
     CloseHandle(started.hThread);
     return started.hProcess;

@@ -95,8 +95,9 @@ void PrivateDirectory::remove() {
     system->folder->handle.close();
     // At the end of a session there is no time to be patient twice.
     const bool wasPatient = static_cast<bool>(error);
+    const fs::path native = toPath(heldPath);
     tryForAMoment([&] {
-        const bool isRemoved = RemoveDirectoryW(toPath(heldPath).c_str()) != 0;
+        const bool isRemoved = RemoveDirectoryW(native.c_str()) != 0;
         const DWORD reason = GetLastError();
         if (!isRemoved && !error) {
             error = std::error_code(static_cast<int>(reason), std::system_category());

@@ -1,7 +1,6 @@
 #include "process/ExtractaViewGenerator.h"
 
 #include <algorithm>
-#include <functional>
 #include <sstream>
 #include <system_error>
 
@@ -24,13 +23,18 @@ AString sanitisedName(const AString& name) {
                (character >= L'A' && character <= L'Z') ||
                (character >= L'0' && character <= L'9') || character == L'-' || character == L'_';
     };
-    std::wstring text = name.wide();
     // Where a wide character has 16 bits some are two, which count as one like everywhere.
     const auto isPair = [](wchar_t first, wchar_t second) {
         return first >= 0xD800 && first < 0xDC00 && second >= 0xDC00 && second < 0xE000;
     };
-    text.erase(std::unique(text.begin(), text.end(), isPair), text.end());
-    std::ranges::replace_if(text, std::not_fn(isKept), L'_');
+    std::wstring text;
+    wchar_t before = 0;
+    for (const wchar_t character : name.wide()) {
+        if (!isPair(before, character)) {
+            text.push_back(isKept(character) ? character : L'_');
+        }
+        before = character;
+    }
     return text;
 }
 

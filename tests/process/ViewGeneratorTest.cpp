@@ -10,7 +10,7 @@ namespace {
 
 TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
     useExtracta("arguments given\n");
-    const ActiveView view = start("0_GND +\U0001F50C_VIA CLASS").waitForViewFile();
+    const ActiveView view = start("0_GND+\U0001F50C\xff_VIA CLASS").waitForViewFile();
     const std::string at = directory.path().string();
     const std::string in = (directory / "").string();
     EXPECT_EQ(view.path, AString(at + "/conn0_GND____VIA_CLASS.txt"));

@@ -163,8 +163,7 @@ TEST_F(CZipArchiveTest, isAbandonedByAFileItCannotRead) {
             zip.AddNewFile(path.string());
             ADD_FAILURE() << path << " was added";
         } catch (const std::system_error& failure) {
-            const std::string name = fs::path(path).make_preferred().string();
-            EXPECT_THAT(failure.what(), testing::HasSubstr(name));
+            EXPECT_THAT(failure.what(), testing::HasSubstr(path.relative_path().string()));
         }
         EXPECT_THROW(zip.Close(), std::logic_error);
         zip.Open(output.string(), CZipArchive::kCreate);

@@ -12,6 +12,6 @@ foreach(component program standin)
     set(CPACK_DEBIAN_${key}_FILE_NAME DEB-DEFAULT)
     set(CPACK_DEBIAN_${key}_DESCRIPTION "${${component}_summary}\n${${component}_description}")
 endforeach()
-# Only to draw runs.
+# python3 is needed only to draw runs.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS python3)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "velextracta-standin, slurm-client")

@@ -1,14 +1,16 @@
 set(CPACK_RPM_COMPONENT_INSTALL ON)
 set(CPACK_RPM_PACKAGE_RELEASE 1)
 set(CPACK_RPM_PACKAGE_GROUP Applications/Engineering)
-# The owner has chosen none yet for the program itself; the others are of what is linked in.
+# The owner has not chosen the program's licence yet. The other licences are those of what is linked
+# in.
 set(CPACK_RPM_PACKAGE_LICENSE "LicenseRef-VelExtracta AND BSL-1.0 AND MIT AND Zlib AND \
 LGPL-2.1-or-later AND GPL-3.0-or-later WITH GCC-exception-3.1")
-# Every rpm since that of the oldest systems can read it.
+# The rpm of the oldest systems can read it, too.
 set(CPACK_RPM_COMPRESSION_TYPE xz)
-# They need nothing: python3 would be found from the first line of velextracta-draw-run.
+# The packages need nothing. Otherwise rpm would require python3, from the first line of
+# velextracta-draw-run.
 set(CPACK_RPM_PACKAGE_AUTOREQPROV " no")
-# Files stay as they were built; what tells when and where says the same for every build.
+# Files stay as they were built. The package's build time and host are the same for every build.
 set(CPACK_RPM_SPEC_MORE_DEFINE "%define _build_id_links none
 %define __os_install_post %{nil}
 %define _buildhost velextracta
@@ -27,7 +29,7 @@ foreach(component program standin)
     set(CPACK_RPM_${key}_PACKAGE_SUMMARY "${initial}${rest}")
     set(CPACK_RPM_${key}_PACKAGE_DESCRIPTION ${description})
 endforeach()
-# Folders of the system.
+# These folders belong to the system, not to the packages.
 set(share /usr/share)
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
     ${share}/bash-completion ${share}/bash-completion/completions ${share}/man ${share}/man/man1)

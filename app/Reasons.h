@@ -7,18 +7,17 @@
 
 namespace velextracta {
 
-/// Gathers the reasons of a failure while a run goes on, and tells them to a person at a terminal
-/// afterwards, behind the words of the contract. Without a terminal it does nothing. The front end
-/// owns it.
+/// Collects the reasons of a failure during a run and prints them on the terminal afterwards, after
+/// the outcome line. Does nothing without a terminal. The front end owns it.
 class Reasons final {
 public:
-    /// From here on it is told every text of the log's level 0.
+    /// Listens to every text of the log's level 0 from here on.
     Reasons();
     ~Reasons();
     Reasons(const Reasons&) = delete;
     Reasons& operator=(const Reasons&) = delete;
 
-    /// Each line of a reason on a line of its own, ten at most.
+    /// Prints ten lines at most.
     void print() const;
 
 private:

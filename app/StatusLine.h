@@ -15,7 +15,7 @@
 namespace velextracta {
 
 /// Shows the state of a run in one line on the terminal, rewritten at most ten times a second, and
-/// warnings in lines above it; does nothing where there is no terminal. The front end owns it.
+/// warnings in lines above it. Does nothing without a terminal. The front end owns it.
 class StatusLine final : public RunObserver {
 public:
     void expected(std::size_t count, bool isAtLeast) override;
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] std::chrono::milliseconds restTime() const override;
 
     [[nodiscard]] std::chrono::seconds elapsed() const;
-    /// With connectivity records; none in a run that does not survey them.
+    /// How many nets have connectivity records; none in a run without a survey.
     [[nodiscard]] std::optional<std::size_t> nets() const { return surveyedNets; }
     void merged(std::uint64_t bytes, std::uint64_t all) override;
     void packed(std::uint64_t bytes, std::uint64_t all) override;
@@ -42,8 +42,7 @@ private:
         Clock::time_point start;
     };
 
-    /// Bytes merged or packed. The rate is that since the work last began, or went on after a
-    /// pause.
+    /// Bytes merged or packed. The rate counts from the last start or resumption of the work.
     struct Work {
         void note(std::uint64_t bytesDone, std::uint64_t bytesOfAll);
         [[nodiscard]] bool isUnderWay() const { return bytes < all; }

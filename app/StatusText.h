@@ -9,7 +9,7 @@
 
 namespace velextracta {
 
-/// The state of a run, as far as its status line shows it.
+/// The part of a run's state that its status line shows.
 struct RunStatus final {
     struct Extraction {
         std::string name;
@@ -24,16 +24,16 @@ struct RunStatus final {
     std::size_t finished = 0;
     std::vector<Extraction> running;  // the oldest first
     std::size_t waiting = 0;
-    std::size_t expected = 0;  // of all there will be; 0: not known
-    bool isAtLeast = false;    // it may become more
+    std::size_t expected = 0;  // number of all extractions; 0: not known
+    bool isAtLeast = false;    // there may be more
     std::chrono::seconds elapsed{};
     std::uint64_t writtenBytes = 0;
     std::optional<Progress> merging;
     std::optional<Progress> packing;  // everything is extracted
 };
 
-/// The status in one line of at most so many columns. What has no room is left out, the least
-/// important first; the first word always stays.
+/// The status in one line of at most so many columns. Parts that do not fit are left out, the least
+/// important first. The first word always stays.
 std::string statusText(const RunStatus& status, std::size_t columns);
 
 /// "12 MiB", and "1:02:03" or "2:03".

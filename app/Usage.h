@@ -7,17 +7,16 @@
 
 namespace velextracta {
 
-/// What the program can be asked to do, in few enough lines for any terminal.
+/// The text of --help, short enough for any terminal.
 std::string_view usage();
 
 /// Its first lines, for a user who has given too few arguments.
 std::string_view shortUsage();
 
-/// The program's version, its libraries' and how it was built.
+/// The versions of the program and its libraries, and how it was built.
 std::string versionText();
 
-/// What to say of an option that stands where the design or the output is expected; empty if there
-/// is none.
+/// A message about an option in the place of the design or the output; empty if there is none.
 tkcore::AString misplacedOption(const tkcore::AString& design, const tkcore::AString& output);
 
 }  // namespace velextracta

@@ -18,15 +18,15 @@ class PieceLine;
 class PieceTools;
 struct Piece;
 
-/// A new zip archive, at its path only once Close() has succeeded. Every failure is thrown and
-/// names the path it is about; a failure of AddNewFile() abandons the archive. A request to end
+/// A new zip archive. It is at its path only once Close() has succeeded. Every failure is thrown
+/// and names the path it is about. A failure of AddNewFile() abandons the archive. A request to end
 /// the program makes AddNewFile() fail with tkcore::Interrupted.
 ///
-/// Deflating is libdeflate's, the look for the end of a piece zlib's, the format our own. Used by
-/// the executor, one for each archive; owns the file that is not yet in place.
+/// libdeflate deflates, zlib finds the end of a piece, and the container is our own code. The
+/// executor makes one object for each archive. It owns the file that is not yet in place.
 ///
-/// A file is deflated in pieces, on as many threads as are asked for, the caller's included; the
-/// others have ended when AddNewFile() returns. The archive does not depend on their number.
+/// A file is deflated in pieces, on the given number of threads, the caller's included. The other
+/// threads have ended when AddNewFile() returns. The archive does not depend on their number.
 class CZipArchive final {
 public:
     static constexpr int kCreate = 2;         // the one mode of Open()
@@ -40,24 +40,24 @@ public:
     CZipArchive(const CZipArchive&) = delete;
     CZipArchive& operator=(const CZipArchive&) = delete;
 
-    /// Called by AddNewFile() with the number of the file's bytes that have been packed since the
-    /// last call. What it throws is a failure of AddNewFile().
+    /// AddNewFile() calls the listener with the number of bytes of the file that were packed since
+    /// the last call. An exception of the listener is a failure of AddNewFile().
     void reportProgressTo(std::function<void(std::uint64_t)> listener);
 
-    /// Called by AddNewFile() with what makes the archive doubtful although it is whole: a file
-    /// that has become shorter while it was packed.
+    /// AddNewFile() calls the listener when the archive is valid but doubtful: a file became
+    /// shorter while it was packed.
     void reportDoubtsTo(std::function<void(const std::string&)> listener);
 
-    /// Called by Close() when the archive is complete, right before it takes its place: the last
-    /// look at that. What it throws is a failure of Close(), and nothing is delivered.
+    /// Close() calls it when the archive is complete, right before the archive takes its place. An
+    /// exception is a failure of Close(), and nothing is delivered.
     void beforeDelivery(std::function<void()> lastLook);
 
     /// Volumes are not supported: volumeSize is 0.
     void Open(const std::string& path, int mode, int volumeSize = 0);
 
-    /// Adds a file as it is now, or a directory as an entry of its own without what is in it,
-    /// under its full path or its last component. Smartness and buffer size change nothing: a file
-    /// that does not shrink is stored anyway. Always true.
+    /// Adds a file as it is now, or a directory as an entry without its contents, under its full
+    /// path or the last component of it. Smartness and buffer size change nothing: a file that does
+    /// not shrink is stored anyway. Always returns true.
     bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
                     int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
     bool AddNewFile(const tkcore::LongFileName& file, int level = kDefaultLevel,
@@ -75,7 +75,7 @@ private:
     void addStored(const ZipEntry& entry, Original& original);
     void doubt(const std::string& path, const Original& original) const;
     void write(std::span<const std::byte> bytes, std::size_t originalSize);
-    /// To deflate with at this level; kept for as long as it stays the same.
+    /// The tools for this level. They are kept until another level is asked for.
     PieceTools& toolsFor(int level);
     ZipContainer& openContainer();
 

@@ -4,7 +4,7 @@
 
 namespace velextracta {
 
-/// The libraries that packing rests on, by name and version.
+/// Names and versions of the libraries that packing uses.
 std::string archiveLibraries();
 
 }  // namespace velextracta

@@ -5,13 +5,12 @@
 
 namespace velextracta {
 
-/// The name under which an archive keeps the file of a path: the whole path, or its last component
-/// only, without drive letter and leading separators, and without "", "." and ".." components,
-/// which could lead an unpacking program out of its folder. The bytes are kept as they are. Empty
-/// if nothing is left.
+/// The name of a file's entry in an archive: its path or only the last component of the path. Drive
+/// letter, leading separators and components "", "." and ".." are left out: they could lead an
+/// unpacking program out of its folder. All other bytes stay. Empty if nothing is left.
 std::string entryName(std::string_view path, bool fullPath);
 
-/// Whether the name has to be marked as UTF-8: it is, and it is more than ASCII.
+/// Whether the name has to be marked as UTF-8: it is valid UTF-8 and not only ASCII.
 bool needsUtf8Mark(std::string_view name);
 
 }  // namespace velextracta

@@ -9,15 +9,15 @@
 
 namespace velextracta {
 
-/// A file that is being packed. It is read up to the size that it had when it was opened, which the
-/// entry's header was made for; bytes that are appended later are left out.
+/// A file that is being packed. It is read up to its size at the time of opening, because the
+/// entry's header depends on that size. Bytes that are appended later are left out.
 class Original final {
 public:
     explicit Original(const tkcore::LongFileName& file);
 
     [[nodiscard]] const tkcore::InputFile& file() const noexcept { return opened; }
 
-    /// Fewer bytes than fit only at the end of the file, which may have become shorter.
+    /// Fills the room, except at the end of the file, which may have become shorter.
     std::size_t read(std::span<std::byte> room);
     void rewind();
     /// Number of bytes read so far, and their CRC-32.

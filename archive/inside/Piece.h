@@ -26,7 +26,7 @@ private:
     std::unique_ptr<std::byte[]> bytes;
 };
 
-/// What is done to pieces; one worker serves one thread.
+/// Processes pieces, one worker for each thread.
 class PieceWorker {
 public:
     PieceWorker() = default;

@@ -14,12 +14,12 @@ struct libdeflate_decompressor;
 
 namespace velextracta {
 
-/// The end of a deflate stream. The pieces in their order, and this, are one stream.
+/// The end of a deflate stream. All pieces in their order, followed by this, are one stream.
 inline constexpr std::array kDeflateEnd{std::byte{0x03}, std::byte{0x00}};
 
-/// Turns a complete deflate stream into a piece that another piece may follow: its last block is no
-/// longer marked as the last, and it ends on a full byte (up to five bytes are added). Then
-/// inflates the piece; false if the result is not the original.
+/// Turns a complete deflate stream into a piece that another piece can follow: removes the mark of
+/// the last block and fills up the last byte, which adds up to five bytes. Then inflates the piece;
+/// false if the result is not the original.
 class PieceJoiner final {
 public:
     PieceJoiner();
@@ -34,7 +34,7 @@ private:
     std::vector<std::byte> inflated;
 };
 
-/// What was deflated does not inflate to the same bytes.
+/// A deflated piece does not inflate to the original bytes.
 class UnprovedPiece final : public std::runtime_error {
 public:
     UnprovedPiece() : std::runtime_error("what was deflated does not inflate to the same bytes") {}

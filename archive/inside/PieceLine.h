@@ -15,14 +15,14 @@
 
 namespace velextracta {
 
-/// What a line works with: memory for pieces, and workers. To make them takes as long as to pack a
-/// small file, so they are kept from one file to the next.
+/// Memory for pieces, and workers. Making them takes as long as packing a small file, so they are
+/// kept from one file to the next.
 class PieceTools final {
 public:
     using MakeWorker = std::function<std::unique_ptr<PieceWorker>()>;
 
-    /// The worker of each thread is made when it is first needed. The number of threads includes
-    /// the caller's.
+    /// Each thread's worker is made when it is first needed. The number of threads includes the
+    /// caller's.
     PieceTools(MakeWorker makeWorker, unsigned threadCount);
 
 private:
@@ -42,24 +42,24 @@ private:
     std::vector<Place> places;
 };
 
-/// Cuts a file into pieces, has them worked on side by side and hands them back in their order.
-/// Memory is bounded: two pieces for each thread. The caller reads, and takes part in the work, so
-/// that it gets done even if no thread can be started. Threads are started as pieces come and have
-/// ended when the line is gone.
+/// Cuts a file into pieces, processes them side by side and returns them in their order. Memory is
+/// bounded: two pieces for each thread. The caller's thread reads and also processes pieces, so the
+/// work gets done even if no other thread can be started. The destructor waits for all threads.
 class PieceLine final {
 public:
-    /// Fills the buffer from where the last call ended; less than that is the end.
+    /// Fills the buffer from where the last call ended, and returns the number of bytes. Fewer
+    /// bytes than fit mean the end.
     using Read = std::function<std::size_t(std::span<std::byte>)>;
 
-    /// Only one line at a time works with the tools.
+    /// Only one line at a time may use the tools.
     PieceLine(Read readBytes, PieceTools& pieceTools);
     ~PieceLine();
 
     PieceLine(const PieceLine&) = delete;
     PieceLine& operator=(const PieceLine&) = delete;
 
-    /// The next piece, until the next call; null at the end. Throws what reading or the work on
-    /// this piece has thrown; the line is of no use after that.
+    /// The next piece, valid until the next call; null at the end. Throws the exception of reading
+    /// or of the work on this piece. The line cannot be used after an exception.
     const Piece* next();
 
 private:

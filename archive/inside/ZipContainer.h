@@ -11,21 +11,21 @@
 
 namespace velextracta {
 
-/// The zip format around the entries: headers, directory, the file they go to. Knows nothing of
-/// where entries come from. Owned by the CZipArchive that fills it. The file is at its path only
-/// after finish(). Every failure is thrown; the container is of no use after one.
+/// Writes the zip format around the entries: headers and directory. Does not depend on where the
+/// entries come from. The CZipArchive that fills it owns it. The file is at its path only after
+/// finish(). Every failure is thrown; the container cannot be used after a failure.
 class ZipContainer final {
 public:
     explicit ZipContainer(const tkcore::LongFileName& filePath);
 
-    /// Begins an entry for an original of at most mostSize bytes. write() takes its bytes as the
-    /// method says: deflated, or as they are.
+    /// Begins an entry for an original of at most mostSize bytes. write() takes the bytes in the
+    /// form of the method: deflated, or as they are.
     void begin(const ZipEntry& entry, ZipMethod method, std::uint64_t mostSize);
     void write(std::span<const std::byte> bytes);
     /// Size and CRC-32 are those of the original.
     void end(std::uint64_t size, std::uint32_t checksum);
 
-    /// The archive is complete: it goes to its path. The action is called right before that.
+    /// Completes the archive and puts it at its path. Calls the action right before that.
     void finish(const std::function<void()>& beforeIt);
 
 private:

@@ -13,12 +13,12 @@
 
 namespace velextracta {
 
-/// One extraction run: owns its working directory, creates the views in it with one extracta
-/// process or several, and packs or moves what lies there afterwards. The front end has one for
-/// each run.
+/// One extraction run. Owns its working directory, creates the views in it with one extracta
+/// process or several, and packs or moves the files afterwards. The front end makes one for each
+/// run.
 ///
-/// The operations return false when they fail; those that create leave a text in lastError(),
-/// and every reason is in the core library's log, as is every doubt about a success.
+/// The operations return false when they fail. Those that create something leave a text in
+/// lastError(). The log has every reason of a failure and every doubt about a success.
 class ExtractaExecutor {
 public:
     /// Reports to the observer, which must outlive it.
@@ -30,9 +30,9 @@ public:
     ExtractaExecutor(const ExtractaExecutor&) = delete;
     ExtractaExecutor& operator=(const ExtractaExecutor&) = delete;
 
-    /// Creates a fresh directory "extract" + local wall-clock seconds since 1970 under the base
-    /// (empty: the current directory) and removes the one before. Throws std::runtime_error if
-    /// the local time cannot be told.
+    /// Creates a new directory "extract" + local wall-clock seconds since 1970 under the base
+    /// (empty: the current directory) and removes this object's previous one. Throws
+    /// std::runtime_error if the system cannot give the local time.
     bool createWorkingDir(const tkcore::AString& base);
 
     /// Removes the working directory if this run has created it.
@@ -45,15 +45,15 @@ public:
                              std::vector<ActiveView>& activeViews);
 
     /// Copies the files into the working directory; skips those that do not exist. Throws a
-    /// filesystem error when a copy fails, also for a name that is taken there.
+    /// filesystem error if a copy fails or the name is taken there.
     bool addFilesToWorkingDir(const std::vector<tkcore::AString>& files);
 
     /// Packs the working directory's top-level entries with the extension (empty: all) into a zip
-    /// archive at the output path. The design, and what else looks like one, is never replaced.
+    /// archive at the output path. Never replaces the design or another file named like a design.
     bool zipActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
 
-    /// Moves the same entries into the output directory; files of the same name are replaced, but
-    /// for designs.
+    /// Moves the same entries into the output directory. Replaces files of the same name, except
+    /// designs.
     bool moveActiveViews(const tkcore::AString& outputPath, const tkcore::AString& extension);
 
     tkcore::LongFileName workingDirectory() const { return workingDir.name(); }
@@ -64,13 +64,13 @@ private:
                                    const std::vector<tkcore::AString>& nets,
                                    std::vector<ActiveView>& activeViews);
 
-    /// Every view in a process of its own, connectivity in several.
+    /// Creates each view with its own process, and connectivity with several.
     bool createExtractaControlFileAndViewsMP(const tkcore::AString& designFile,
                                              const ViewSet& views,
                                              const std::vector<tkcore::AString>& nets,
                                              std::vector<ActiveView>& activeViews);
 
-    /// Both keep and log the text; false, for the caller to return.
+    /// Both keep and log the text, and return false for the caller to return.
     bool fail(const tkcore::AString& message);
     bool fail(std::string_view prefix, const std::exception& exception);
 
@@ -78,7 +78,7 @@ private:
     WorkingDirectory workingDir;
     bool generatorOption = true;
     [[maybe_unused]] bool spareFlag = false;
-    tkcore::LongFileName design;  // once views have been asked for
+    tkcore::LongFileName design;  // set by createExtractaViews()
     RunObserver& observer;
 };
 

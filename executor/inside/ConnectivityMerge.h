@@ -10,16 +10,15 @@
 
 namespace velextracta {
 
-/// Puts connectivity view files behind each other in one combined file, made anew, under the two
-/// header lines of the first. Owned by the parallel run for as long as it merges. Throws
-/// ExtractaParserException, naming the file.
+/// Joins connectivity view files to a new combined file, with the two header lines of the first.
+/// The parallel run owns it while it merges. Throws ExtractaParserException, naming the file.
 class ConnectivityMerge final {
 public:
-    /// Called between two parts of a large file with the bytes of the part just merged, so that
-    /// other work need not wait; may throw.
+    /// Called after each part of a large file with the number of bytes merged, so that other work
+    /// need not wait. May throw.
     using Meanwhile = std::function<void(std::size_t bytes)>;
 
-    /// Does not fail: a combined file that cannot be opened makes the first append() throw.
+    /// Does not fail. If the combined file cannot be opened, the first append() throws.
     explicit ConnectivityMerge(
         const tkcore::LongFileName& combinedFile, Meanwhile whatToDo = [](std::size_t) {});
 

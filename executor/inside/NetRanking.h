@@ -13,14 +13,14 @@
 
 namespace velextracta {
 
-/// A net and how many connectivity records it has.
+/// A net and the number of its connectivity records.
 struct RankedNet {
     std::uint64_t recordCount = 0;
     std::string netName;
 };
 
-/// Counts the records of each net while a survey is read. It holds the nets alone: a survey has a
-/// record for every piece of metal of a design.
+/// Counts the records of each net while a survey is read. Keeps only the nets in memory, because a
+/// survey has a record for every piece of metal of a design.
 class NetSurvey final : public ViewReceiver {
 public:
     void addColumns(const FieldList& names) override;
@@ -28,19 +28,19 @@ public:
     void addSRecord(FieldList& fields) override;
     std::uint64_t recordCount() const override { return records; }
 
-    /// Hands the nets over, most records first; of nets with equally many, the one whose name is
-    /// byte-wise greater first. Throws ExtractaParserException, naming the surveyed file, when it
-    /// has no NET_NAME column or one of its records ends before that column.
+    /// Returns the nets, those with most records first. Nets with equally many are in descending
+    /// byte order of their names. Throws ExtractaParserException, naming the surveyed file, if it
+    /// has no NET_NAME column or a record ends before that column.
     std::vector<RankedNet> takeRanking(const std::string& path);
 
 private:
     RankedNet& net(std::string_view name);
 
-    ExtractaViewData header;  // knows which column is which, and has no records
+    ExtractaViewData header;  // the columns, without records
     std::uint32_t netNameColumn = ExtractaViewData::kNoColumn;
     std::uint64_t records = 0;
     std::uint64_t firstShortRecord = 0;  // counted from 1; 0 while there is none
-    std::deque<RankedNet> nets;  // in the order in which they came first; none of them moves
+    std::deque<RankedNet> nets;          // in order of first appearance; elements do not move
     boost::unordered_flat_map<std::string_view, RankedNet*> netsByName;  // views of their names
 };
 

@@ -7,35 +7,36 @@
 #include "tkcore/text/AString.h"
 #include "views/ViewType.h"
 
-// Looks at the output before the first extraction, which may take hours: what is certain to fail
-// at the end is a warning at the start. The run goes on all the same. What is found wrong here may
-// be put right meanwhile, and nothing is left of the look.
+// Checks the output before the first extraction: a run may take hours, so a delivery that is
+// certain to fail gives a warning at the start. The run goes on all the same, as the user may
+// remove the obstacle meanwhile. The checks leave nothing behind.
 
 namespace velextracta {
 
-/// The names of the files that a run of the views is certain to make: all but those of split nets.
+/// The names of the files that a run of the views is certain to make: all but those of split nets,
+/// whose names are not known yet.
 std::vector<tkcore::AString> expectedFileNames(const ViewSet& views);
 
-/// About a design that would be replaced, and whatever keeps the archive from its place.
+/// Warns of a design that would be replaced, and of any obstacle at the archive's path.
 void warnAboutArchive(RunObserver& observer, const tkcore::LongFileName& archive,
                       const tkcore::LongFileName& design);
 
-/// About a folder that files of these names cannot be moved into, and about those of the files that
-/// they would replace that are designs, or cannot be replaced as things stand; those of split nets,
-/// whose names only the survey tells, where an earlier run has left such.
+/// Warns of a folder that files of these names cannot be moved into. Warns of files there that they
+/// would replace but cannot: designs, and files that cannot be replaced at present. Checks files of
+/// split nets, too, under the names of an earlier run: only the survey gives those of this run.
 void warnAboutFolder(RunObserver& observer, const tkcore::LongFileName& folder,
                      const std::vector<tkcore::AString>& names, const tkcore::LongFileName& design);
 
-/// About a design's folder in which there can be no working directory.
+/// Warns of a design's folder in which no working directory can be made.
 void warnAboutDesignsFolder(RunObserver& observer, const tkcore::LongFileName& folder);
 
-/// About added files that will not be packed, or will end the program: the names are those that
-/// files have already where they will be copied to.
+/// Warns of added files that will not be packed, or will end the program. The names are those of
+/// files that will already be in the working directory.
 void warnAboutAddedFiles(RunObserver& observer, const std::vector<tkcore::AString>& files,
                          std::vector<tkcore::AString> names);
 
-/// About the first of the folders that something is to be written to whose disk has less room than
-/// the design takes.
+/// Warns of the first folder whose disk has less free space than the size of the design. The run
+/// will write to all these folders.
 void warnAboutRoom(RunObserver& observer, const std::vector<tkcore::LongFileName>& folders,
                    const tkcore::LongFileName& design);
 

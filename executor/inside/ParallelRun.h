@@ -18,8 +18,8 @@
 
 namespace velextracta {
 
-/// Creates views by many extractions side by side: each view by one of its own, connectivity by
-/// several. Owned by the executor for one run; dropping it ends what still runs.
+/// Creates views by many extractions side by side: one for each view, several for connectivity. The
+/// executor owns it for one run. The destructor ends the extractions that still run.
 class ParallelRun final {
 public:
     ParallelRun(const tkcore::LongFileName& design, const WorkingDirectory& workingDirectory,

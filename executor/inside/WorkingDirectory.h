@@ -9,32 +9,32 @@
 
 namespace velextracta {
 
-/// Seconds since 1970 on the local wall clock, low 32 bits: what a run's directory is named after.
-/// Throws std::runtime_error if the local time cannot be told.
+/// The number in the name of a run's directory: seconds since 1970 on the local wall clock, low 32
+/// bits. Throws std::runtime_error if the system cannot give the local time.
 std::int32_t runNumber();
 
-/// The private directory of one run. Owned by the executor, which says when it is created and
-/// removed; only a directory that this object has created is ever removed, and it is known by its
-/// identity: its name may lead elsewhere by then.
+/// The private directory of one run. The executor owns it and says when it is created and removed.
+/// Only a directory that this object has created is ever removed. It is recognised by its identity,
+/// because its name may lead elsewhere by then.
 class WorkingDirectory final {
 public:
     /// Creates "extract" + number in the base, whose text ends in a separator. False, with the
-    /// reason in the log, if that name is taken or cannot be created; name() tells the name in any
-    /// case.
+    /// reason in the log, if the name is taken or the directory cannot be created. name() gives the
+    /// name in any case.
     bool create(const tkcore::LongFileName& base, std::int32_t number);
 
-    /// False if it cannot be removed, with the reason in the log; nothing to remove is no failure.
+    /// Removes it. False, with the reason in the log, if that fails; true if there is none.
     bool remove();
 
-    /// Files in() it are reached through it, whatever its name leads to.
+    /// The directory's path. Files in() it are in this directory, whatever its name leads to.
     const tkcore::LongFileName& name() const noexcept { return directory; }
 
     /// Its top-level entries in the order of the listing; none if nothing has its name any more.
-    /// Throws like requireName().
+    /// Throws as requireName() does.
     std::vector<tkcore::LongFileName> contents() const;
 
-    /// Throws ExtractaParserException if its name leads to something else by now: programs that are
-    /// given the name would not find what is here.
+    /// Throws ExtractaParserException if its name leads to something else by now. Programs that get
+    /// the name would not find the files.
     void requireName() const;
 
 private:

@@ -7,12 +7,12 @@
 #include "tkcore/programs/ChildProgram.h"
 #include "tkcore/text/AString.h"
 
-// How extracta is called and what its end means. Used by the generators, and by whoever runs one
-// extracta alone; every failure is an ExtractaParserException.
+// Calls extracta and judges how it ended, for the generators and for a run with one extracta. Every
+// failure is an ExtractaParserException.
 
 namespace velextracta {
 
-/// The name that extracta is started by: "extracta.exe", or the whole value of the environment
+/// The name by which extracta is started: "extracta.exe", or the whole value of the environment
 /// variable VELTAR_EXTRACTA_PATHOVERRIDE.
 tkcore::AString extractaExecutableName();
 
@@ -27,17 +27,17 @@ std::vector<tkcore::AString> buildExtractaArguments(const tkcore::LongFileName& 
 tkcore::AString commandLine(const tkcore::AString& executable,
                             const std::vector<tkcore::AString>& arguments);
 
-/// Starts a program in the working directory. Refuses to if it is this program itself, which would
-/// start itself again, and so on.
+/// Starts a program in the working directory. Refuses to start this program itself, which would
+/// start itself without end.
 void StartChildProcess(const tkcore::AString& executable,
                        const std::vector<tkcore::AString>& arguments,
                        const tkcore::LongFileName& workingDir, tkcore::ChildProgram& child);
 
-/// Collects what the program has printed and tells whether it still runs; false for one that was
-/// never started. An exit code other than 0 is thrown, with all that it has printed.
+/// Collects the program's output and returns whether it still runs; false if it was never started.
+/// Throws, with all of the output, if its exit code is not 0.
 bool ProcessRunning(tkcore::ChildProgram& child, const tkcore::AString& processName);
 
-/// Runs a program to its end; the observer is told that time passes. Throws tkcore::Interrupted,
+/// Runs a program to its end and reports the waiting to the observer. Throws tkcore::Interrupted,
 /// too.
 void runAndWait(const tkcore::AString& executable, const std::vector<tkcore::AString>& arguments,
                 const tkcore::LongFileName& workingDir, RunObserver& observer);

@@ -13,20 +13,20 @@
 
 namespace velextracta {
 
-/// How many extracta processes may run at once on a machine with that many hardware threads (0:
-/// unknown): half as many, at least one.
+/// How many extracta processes may run at once: half the number of hardware threads (0: unknown),
+/// at least one.
 std::uint32_t concurrentExtractaLimit(unsigned hardwareThreads = tkcore::hardwareThreads());
 
-/// The names of a generator's files carry its name, in which every character but letters, digits,
-/// "-" and "_" has become "_".
+/// A generator's name as its files have it: with "_" for every character but letters, digits, "-"
+/// and "_".
 tkcore::AString sanitisedName(const tkcore::AString& name);
 
 /// One extracta process for one view request: from its control file to its view file. Owns the
-/// process; belongs to whoever wants the view.
+/// process. The code that needs the view owns the generator.
 ///
-/// Generators share a pool that lets at most maxConcurrentExtractas of them run at once; it moves
-/// on only when it is polled, by waitForViewFile or pollProcesses. One thread only. Failures are
-/// ExtractaParserExceptions, a noted request to end the run is tkcore::Interrupted.
+/// Generators share a pool that lets at most maxConcurrentExtractas of them run at once. The pool
+/// makes progress only when it is polled, by waitForViewFile or pollProcesses. One thread only.
+/// Failures are ExtractaParserExceptions; a request to end the run is tkcore::Interrupted.
 class ExtractaViewGenerator final : private PooledExtraction {
 public:
     /// Writes the control file into the working directory, then starts extracta or queues it. The
@@ -39,30 +39,30 @@ public:
     ~ExtractaViewGenerator();
 
     /// Returns when extracta has ended, with the view and the full path of its file. Also throws
-    /// what goes wrong with any other running generator.
+    /// the failure of any other running generator.
     ActiveView waitForViewFile();
 
     /// Bytes of the view file; 0 while extracta has not ended.
     std::uint64_t finishedSize() const;
 
     /// Runs one extracta for a control file of several views, outside the pool, and returns when
-    /// it has ended. The paths of the views are the output files in the order of their blocks.
+    /// it has ended. The output files are in the order of their blocks.
     static void runExtracta(const tkcore::LongFileName& designFile,
                             const tkcore::LongFileName& controlFile, bool generatorOption,
                             const std::vector<ActiveView>& views,
                             const tkcore::LongFileName& workingDir);
 
-    /// One scheduling pass, for those who do something long between two waits.
+    /// One scheduling pass, for long work between two waits.
     static void pollProcesses();
 
-    /// Asks every running extracta to end, all at the same time: dropping the generators one by
+    /// Asks all running extracta processes to end at the same time. Dropping the generators one by
     /// one would wait for each.
     static void requestEndOfAll() noexcept { pool.requestEnd(); }
 
-    /// Whom the extractions are reported to, until the reporting is destroyed.
+    /// Reports the extractions to the observer until the result is destroyed.
     static GeneratorPool::Reporting reportTo(RunObserver& observer) { return {pool, observer}; }
 
-    /// Limit of the pool; set anew at the start of each parallel run.
+    /// The pool's limit, set at the start of each parallel run.
     static std::uint32_t maxConcurrentExtractas;
 
 private:
@@ -76,7 +76,7 @@ private:
 
     static GeneratorPool pool;
 
-    /// Takes the generator out of the pool again, also when its construction fails half-way.
+    /// Removes the generator from the pool, also if its constructor throws.
     class Membership final {
     public:
         explicit Membership(ExtractaViewGenerator& owner) : generator(owner) {}
@@ -93,7 +93,7 @@ private:
     tkcore::LongFileName workingDir;
     tkcore::LongFileName outputFile;
     std::vector<tkcore::AString> arguments;
-    tkcore::ChildProgram child;  // with a pipe of its own only while it runs
+    tkcore::ChildProgram child;  // has a pipe only while it runs
     Membership membership{*this};
 };
 

@@ -8,8 +8,8 @@
 
 namespace velextracta {
 
-/// Is told what happens in a run while it happens. The front end owns it and hands it to the
-/// executor. This one ignores everything; the front end's shows it.
+/// Receives reports of what happens in a run. The front end owns it and passes it to the executor.
+/// This class ignores the reports; the front end's shows them.
 class RunObserver {
 public:
     RunObserver() = default;
@@ -17,35 +17,35 @@ public:
     RunObserver(const RunObserver&) = delete;
     RunObserver& operator=(const RunObserver&) = delete;
 
-    /// So many extractions there will be, or at least so many while that is not known yet.
+    /// The number of extractions of the run, or a lower bound while it is not known yet.
     virtual void expected(std::size_t /*count*/, bool /*isAtLeast*/) {}
 
-    /// So many nets have connectivity records.
+    /// The number of nets with connectivity records.
     virtual void surveyed(std::size_t /*nets*/) {}
 
-    /// An extraction, by the name of its view file without ".txt"; it writes the file at the path.
+    /// Extractions are named by their view files without ".txt". The path is that of the view file.
     virtual void extractionQueued(const tkcore::AString& /*name*/) {}
     virtual void extractionStarted(const tkcore::AString& /*name*/,
                                    const tkcore::AString& /*path*/) {}
     virtual void extractionFinished(const tkcore::AString& /*name*/) {}
 
-    /// Time passes, with nothing else to tell.
+    /// The run waits; there is nothing else to report.
     virtual void waiting() {}
-    /// How long until it wants to be told so again.
+    /// After what time the next call of waiting() is due.
     [[nodiscard]] virtual std::chrono::milliseconds restTime() const {
         return std::chrono::milliseconds::max();
     }
 
-    /// Bytes merged, of all bytes in the connectivity pieces that are finished.
+    /// Bytes merged so far, and all bytes of the finished connectivity pieces.
     virtual void merged(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
-    /// Bytes packed, of all bytes of the files to pack.
+    /// Bytes packed so far, and all bytes of the files to pack.
     virtual void packed(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
 
-    /// Something that casts a doubt on the success of the run.
+    /// A doubt about the success of the run.
     virtual void warned(const tkcore::AString& /*text*/) {}
 };
 
-/// The observer of those who are given none.
+/// The observer of a run without one.
 inline RunObserver& nobody() {
     static RunObserver observer;
     return observer;

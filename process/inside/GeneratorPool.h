@@ -12,7 +12,7 @@
 
 namespace velextracta {
 
-/// An extraction as the pool sees it.
+/// The pool's view of an extraction.
 class PooledExtraction {
 public:
     PooledExtraction() = default;
@@ -20,10 +20,10 @@ public:
     PooledExtraction& operator=(const PooledExtraction&) = delete;
 
     virtual void startExtracta() = 0;
-    /// Whether extracta still runs; leaves the pool once it has ended. Throws when it has failed.
+    /// Whether extracta still runs; leaves the pool once it has ended. Throws if it has failed.
     virtual bool checkFinished() = 0;
     [[nodiscard]] virtual tkcore::ChildProgram& program() noexcept = 0;
-    /// As an observer is told.
+    /// The name in reports to an observer.
     [[nodiscard]] virtual tkcore::AString viewName() const = 0;
     [[nodiscard]] virtual const tkcore::LongFileName& viewFile() const noexcept = 0;
 
@@ -31,11 +31,10 @@ protected:
     ~PooledExtraction() = default;
 };
 
-/// Lets so many extractions run at once as the limit says; the others wait for their turn, first
-/// in, first out.
+/// Limits the number of extractions that run at once; the others wait, first in, first out.
 ///
-/// There is one, and the generators alone use it. It looks at extractions that others own; each
-/// leaves it when it is destroyed. It moves on only when it is polled.
+/// There is one pool, and only the generators use it. It points to extractions that others own;
+/// each of them leaves the pool when it is destroyed. It makes progress only when it is polled.
 class GeneratorPool final {
 public:
     /// The limit may change at any time.
@@ -49,11 +48,12 @@ public:
     /// extractions while there is room.
     void pollProcesses();
 
-    /// Pauses until there is news of a child, or something to show; or only asks for news.
+    /// Waits until there is news of a child, or something to show.
     void wait();
+    /// Asks for news without waiting.
     void refresh() noexcept { watch.refresh(); }
 
-    /// Lets the pool tell an observer for as long as it lives; then it tells nobody.
+    /// Makes the pool report to an observer, until this object is destroyed.
     class Reporting final {
     public:
         Reporting(GeneratorPool& reportingPool, RunObserver& observer) : pool(reportingPool) {
@@ -68,14 +68,14 @@ public:
     };
     [[nodiscard]] RunObserver& observer() const noexcept { return *currentObserver; }
 
-    /// Asks every running child to end, all at the same time.
+    /// Asks all running children to end at the same time.
     void requestEnd() const noexcept;
 
 private:
     bool hasRoom() const { return running.size() < limit; }
     void start(PooledExtraction& extraction);
 
-    /// Takes no memory while it is empty: there is one before main().
+    /// Takes no memory while it is empty, because the pool exists before main().
     using Queue = boost::container::deque<PooledExtraction*>;
 
     const std::uint32_t& limit;

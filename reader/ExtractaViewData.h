@@ -11,24 +11,24 @@
 
 namespace velextracta {
 
-/// The table of one view file: the columns its header names, its J record and its S records.
-/// It owns all its texts. Filled once, by the grammar, for whoever asks readViewFile for it.
+/// The table of one view file: the columns of its header, its J record and its S records. It owns
+/// all its texts. readViewFile fills it once, by the grammar.
 class ExtractaViewData final {
 public:
-    using Records = std::deque<FieldList>;  // grows without moving, or holding twice, what it has
+    using Records = std::deque<FieldList>;  // grows without moving or copying its elements
 
     static constexpr std::uint32_t kNoColumn = 0xFFFFFFFF;
 
-    /// Enters each name with the number of columns there are by then as its index, so a name that
-    /// comes again takes a new index. Throws ExtractaParserException once there are records.
+    /// Adds each name with the number of columns before it as its index. A name that comes again
+    /// gets a new index. Throws ExtractaParserException if there are records already.
     void addColumns(const FieldList& names);
 
-    /// The setters exchange: the argument receives what the table held.
+    /// The setters swap: the argument receives the table's old content.
     void setJRecord(FieldList& fields);
     void setSRecords(Records& rows);
 
-    /// The place of the column's field in a record, or kNoColumn. No record is promised to be long
-    /// enough to have that place.
+    /// The index of the column's field in a record, or kNoColumn. A record may be too short to have
+    /// that field.
     [[nodiscard]] std::uint32_t columnIndex(std::string_view name) const;
 
     [[nodiscard]] const Records& records() const noexcept { return sRecords; }

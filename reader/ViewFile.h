@@ -10,18 +10,18 @@
 namespace velextracta {
 
 /// Reads the view file at a narrow path into the table. Throws ExtractaParserException, naming the
-/// file, when it cannot be read or is no view file; what was understood by then is in the table.
+/// file, if it cannot be read or is no view file. The records before the failure are in the table.
 void readViewFile(const std::string& path, ExtractaViewData& data);
 
-/// Does the same with a text that is already read; the path only names it in a failure.
+/// Does the same with a text in memory. The path is only for the text of a failure.
 void parseViewText(std::string_view text, const std::string& path, ExtractaViewData& data);
 
-/// Reads the view file in blocks, as much of it as there was when it was opened, and gives each
-/// record to the receiver, which alone decides what stays in memory. The failures are the same; a
-/// request to end cuts it short.
+/// Reads the view file in blocks, up to its size at the time of opening, and gives each record to
+/// the receiver. Only the receiver decides what stays in memory. The failures are the same. A
+/// request to end throws Interrupted.
 void streamViewFile(const std::string& path, ViewReceiver& receiver);
 
-/// Does the same with any text in blocks.
+/// Does the same with a text in blocks.
 void streamView(ViewWindow& window, const std::string& path, ViewReceiver& receiver);
 
 }  // namespace velextracta

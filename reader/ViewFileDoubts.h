@@ -7,11 +7,10 @@
 
 namespace velextracta {
 
-/// What is doubtful about the file of a view, as far as its head tells, for warnings: that it is no
-/// view file, that its columns are not the fields asked for (any will do where none is named), that
-/// records have not as many fields as its A! line. Names of fields are compared to the letter,
-/// since that is how those who load the file look them up. Reads no more than 64 KiB, of which a
-/// line that is cut off there is not looked at, and no more than 1,000 lines.
+/// Doubts about a view's file, for warnings: that it is no view file, that its columns are not the
+/// fields asked for (none: any), that records have another number of fields than its A! line. Field
+/// names are compared to the letter, because programs that load the file look them up like that.
+/// Reads at most 64 KiB and 1,000 lines, and ignores a line that is cut off at 64 KiB.
 std::vector<std::string> doubtsAboutViewFile(const tkcore::LongFileName& path,
                                              const std::vector<std::string>& fields);
 

@@ -9,8 +9,9 @@
 
 namespace velextracta {
 
-/// A view file read from its start: first its header lines, then the rest as bytes, in constant
-/// memory. Every failure is a std::system_error that names the path; an end is never one.
+/// Reads a view file from its start in constant memory: first its header lines, then the rest as
+/// bytes. Every failure is a std::system_error that names the path. The end of the file is no
+/// failure.
 class ViewFileInput final {
 public:
     using Take = std::function<void(std::span<const char>)>;
@@ -18,11 +19,11 @@ public:
     /// Refuses anything but a regular file.
     explicit ViewFileInput(const tkcore::LongFileName& path);
 
-    /// Hands over the next line, in parts if it is long, without its line end, CR LF or LF; nothing
-    /// when there is none. Throws Interrupted, too.
+    /// Passes on the next line without its line end (CR LF or LF), in parts if it is long; nothing
+    /// if there is none. Throws Interrupted, too.
     void passLine(const Take& take);
 
-    /// The next bytes, none at the end of the file. Good until the next call.
+    /// The next bytes, none at the end of the file. Valid until the next call.
     std::span<const char> readBytes();
 
 private:

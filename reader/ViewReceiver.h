@@ -6,8 +6,8 @@
 
 namespace velextracta {
 
-/// Takes what ExtractaViewGrammar finds in a view file, record by record in the order of the file.
-/// What it has been given stays given when the rest of the file turns out to be none of a view.
+/// Takes the records that ExtractaViewGrammar finds in a view file, in the order of the file. It
+/// keeps them even if the rest of the file cannot be parsed.
 class ViewReceiver {
 public:
     ViewReceiver() = default;
@@ -16,13 +16,13 @@ public:
     virtual ~ViewReceiver() = default;
 
     virtual void addColumns(const FieldList& names) = 0;
-    /// Both may take the fields out of the list.
+    /// This and addSRecord() may move the fields out of the list.
     virtual void setJRecord(FieldList& fields) = 0;
     virtual void addSRecord(FieldList& fields) = 0;
-    /// Comes once, behind the last S record, whatever follows it there.
+    /// Called once, after the last S record, whatever follows it in the file.
     virtual void endSRecords() {}
 
-    /// How many S records there are, for the text of a failure.
+    /// The number of S records, for the text of a failure.
     [[nodiscard]] virtual std::uint64_t recordCount() const = 0;
 };
 

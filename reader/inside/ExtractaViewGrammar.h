@@ -12,13 +12,13 @@ namespace velextracta {
 /// list of fields with "!" between them, ended by CR LF. Every byte counts; a lone CR or LF is
 /// part of a field.
 ///
-/// Every view file is parsed by this grammar in one go: a text in memory by the iterator of a text,
-/// a file of any size by ViewIterator, which reads on as the grammar gets on. Only the receivers
-/// differ in what they keep. What one has taken stays taken when the parse fails behind it.
+/// This grammar parses every view file in one pass: a text in memory with a pointer as iterator, a
+/// file of any size with ViewIterator, which reads while the grammar advances. If the parse fails,
+/// the receiver keeps what it has received.
 template <typename Iterator>
 class ExtractaViewGrammar final : public boost::spirit::qi::grammar<Iterator> {
 public:
-    /// The grammar fills the receiver and must not outlive it.
+    /// Fills the receiver, which must outlive the grammar.
     explicit ExtractaViewGrammar(ViewReceiver& viewReceiver)
         : ExtractaViewGrammar::base_type(start, "view file"), receiver(&viewReceiver) {
         using boost::phoenix::bind;

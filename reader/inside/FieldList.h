@@ -9,9 +9,10 @@
 
 namespace velextracta {
 
-/// The fields of one record: an ordered list of narrow texts of any bytes, which it owns. The texts
-/// stand in one buffer, each behind its length, because a survey has a record for every piece of
-/// metal of a design: a record with a net name of up to 30 bytes takes 56 bytes, none allocated.
+/// The fields of one record: an ordered list of narrow texts of any bytes, which it owns. To save
+/// memory the texts stand in one buffer, each after its length: a survey has a record for every
+/// piece of metal of a design. A record with a net name of up to 30 bytes takes 56 bytes and no
+/// allocation.
 class FieldList final {
 public:
     using value_type = std::string_view;
@@ -23,7 +24,7 @@ public:
 
     void push_back(std::string_view text);
 
-    /// Walk the list, as size() does: records have few fields, and lookups go to the first ones.
+    /// Walks the list, as size() does: records have few fields, and most lookups are for the first.
     [[nodiscard]] std::optional<std::string_view> field(size_type index) const;
     [[nodiscard]] size_type size() const;
 
@@ -60,7 +61,7 @@ private:
     const char* position = nullptr;
 };
 
-// A length is written seven bits to a byte, lowest first; the high bit says that more follow.
+// A length has seven bits in each byte, lowest first; the high bit means that more bytes follow.
 inline constexpr unsigned kLengthBits = 7;
 inline constexpr unsigned char kMoreLength = 1U << kLengthBits;
 

@@ -11,10 +11,10 @@
 
 namespace velextracta {
 
-/// How many bytes the first field of the text has; all of them if the text ends before it does.
+/// The length of the text's first field; that of the whole text if the field does not end in it.
 inline std::size_t fieldLength(std::string_view text) {
     if (text.starts_with("\r\n")) {
-        return 0;  // as every record of extracta ends; the next ! is another record's
+        return 0;  // the end of a record; the next ! belongs to another one
     }
     text = text.substr(0, text.find('!'));
     return text.substr(0, text.find("\r\n")).size();
@@ -27,9 +27,9 @@ std::string_view fieldAt(Iterator place, Iterator end) {
     return text.substr(0, fieldLength(text));
 }
 
-/// The terminal `fieldText` of the view file grammar: *((char_ - "\r\n") - '!'), taken in one go.
-/// Searching for the end of a field is several times faster than asking at each byte whether it
-/// is the last. Its attribute is a view of the text that is parsed.
+/// The terminal `fieldText` of the view file grammar: *((char_ - "\r\n") - '!') in one step. A
+/// search for the end of a field is several times faster than a test at each byte. Its attribute is
+/// a view of the parsed text.
 BOOST_SPIRIT_TERMINAL(fieldText)
 
 struct FieldParser : boost::spirit::qi::primitive_parser<FieldParser> {
@@ -73,7 +73,7 @@ struct make_primitive<velextracta::tag::fieldText, Modifiers> {
 
 }  // namespace qi
 
-// A list of texts keeps them packed, so it is given a view of each and no string in between.
+// Appends a view of each text to the list, which keeps texts packed: no string in between.
 namespace traits {
 
 template <>

@@ -8,7 +8,7 @@
 
 namespace velextracta {
 
-/// Keeps all that it is given in a table, which must outlive it.
+/// Puts all records into a table, which must outlive it.
 class TableReceiver final : public ViewReceiver {
 public:
     explicit TableReceiver(ExtractaViewData& table) : data(table) {}

@@ -10,23 +10,23 @@
 
 namespace velextracta {
 
-/// A text of any length that is read in blocks while it is parsed. In memory is the block that is
-/// parsed, or the field, if that is longer.
+/// A text of any length, read in blocks while it is parsed. Memory holds the current block, or the
+/// current field if that is longer.
 class ViewWindow final {
 public:
-    /// Puts the next bytes at the destination, at most as many as asked for, and returns how many;
-    /// none only at the end.
+    /// Reads at most size next bytes to the destination and returns their number; 0 only at the
+    /// end.
     using Source = std::function<std::size_t(char* destination, std::size_t size)>;
 
     ViewWindow(Source source, std::size_t blockSize);
 
-    /// Whether the text has a byte at the position, which may have to be read.
+    /// Whether the text has a byte at the position. Reads on if necessary.
     bool reaches(std::uint64_t position) { return position < end || readFrom(position); }
-    /// A byte of which reaches() has told.
+    /// The byte at a position for which reaches() returned true.
     char at(std::uint64_t position) const {
         return buffer[static_cast<std::size_t>(position - begin)];
     }
-    /// The field that begins at the position; good until more is read.
+    /// The field that begins at the position; valid until more is read.
     std::string_view field(std::uint64_t position);
 
 private:
@@ -42,8 +42,8 @@ private:
     std::uint64_t end = 0;
 };
 
-/// A place in such a text, or its end. It only goes forward, but for as many bytes as a literal of
-/// the grammar has: what lies further behind the foremost place that was looked at may be gone.
+/// A position in a ViewWindow's text, or its end. It goes back by the length of a grammar's literal
+/// at most: earlier bytes may no longer be in memory.
 class ViewIterator final {
 public:
     using iterator_category = std::forward_iterator_tag;

@@ -5,7 +5,7 @@
 
 namespace velextracta {
 
-/// One produced view and the full path of its file.
+/// A created view and the full path of its file.
 struct ActiveView final {
     ViewType viewType;
     tkcore::AString path;

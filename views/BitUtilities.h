@@ -8,7 +8,7 @@
 
 namespace velextracta {
 
-/// Bits set in a value of the given width (4, 8 or 16 bits).
+/// Number of bits set in a value of the given width (4, 8 or 16 bits).
 template <unsigned Width>
 std::uint32_t CountBits(std::uint32_t value);
 

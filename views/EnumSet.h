@@ -21,7 +21,7 @@ public:
     explicit constexpr EnumSet(std::uint64_t mask)
         : word(static_cast<std::uint32_t>(mask & ((std::uint64_t{1} << Size) - 1))) {}
 
-    /// Throws std::out_of_range for anything but the values 0 to Size - 1.
+    /// Throws std::out_of_range for other values than 0 to Size - 1.
     bool Contains(Enum value) const {
         const auto position = static_cast<std::int32_t>(value);
         if (position < 0 || position >= static_cast<std::int32_t>(Size)) {

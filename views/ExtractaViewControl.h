@@ -13,15 +13,15 @@
 
 namespace velextracta {
 
-/// Writes a control file's text to a new file; what has the name is removed. Throws
-/// std::system_error.
+/// Writes a control file's text to a new file. Removes anything that has the name, and follows no
+/// link. Throws std::system_error.
 void SaveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path);
 
-/// The texts in order, each on a line of its own that begins with a tab.
+/// The lines in their order, joined by a line feed and a tab.
 std::string JoinLines(const std::vector<std::string>& lines);
 
-/// Writes the block of one view request, with CR LF at the ends of lines on every system; errors
-/// stay in the stream's state.
+/// Writes the block of one view request. Lines end with CR LF on every system. Errors stay in the
+/// stream's state.
 void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out);
 
 /// Writes the blocks of all views of the set, restricted to the nets, in ascending order of type.
@@ -29,14 +29,14 @@ void WriteViewBlock(const ExtractaViewDef& definition, std::ostream& out);
 bool WriteControlFile(std::ostream& out, const ViewSet& views,
                       const std::vector<tkcore::AString>& nets);
 
-/// The bare name of a view's file, and that of the control file with its block alone.
+/// The names, without folder, of a view's file and of the control file for this view alone.
 tkcore::AString MakeViewFileName(ViewType viewType, const tkcore::AString& suffix);
 tkcore::AString MakeControlFileName(ViewType viewType, const tkcore::AString& suffix);
 
-/// The bare name of the control file of several views.
+/// The name, without folder, of the control file of several views.
 inline constexpr char kControlFileName[] = "extracta_control.txt";
 
-/// The suffixes of the list of all nets, and of the connectivity of those that are not split.
+/// The suffixes of the survey, and of the connectivity of the nets that are not split.
 inline constexpr char kSurveySuffix[] = "nets";
 inline constexpr char kRemainderSuffix[] = "remainder";
 

@@ -9,35 +9,35 @@
 
 namespace velextracta {
 
-/// The field that tells a record's net.
+/// The field with a record's net.
 inline constexpr std::string_view kNetNameField = "NET_NAME";
 
-/// The classes of the connectivity view, in the groups that a large net is split by.
+/// The classes of the connectivity view, in the groups into which a large net is split.
 const std::vector<std::vector<tkcore::AString>>& ConnectivityClassGroups();
 
-/// Whether records without a net are asked for too. Nothing sets it.
+/// Whether to ask for records without a net, too. Nothing sets it.
 extern bool keepUnnamedNets;
 
-/// What one extracta view request contains: made for a generator or a block of a control file.
-/// Conditions are complete texts ("CLASS != 'ETCH'"), narrow, and never looked into.
+/// The request for one view, for a generator or a block of a control file. Conditions are complete
+/// narrow texts ("CLASS != 'ETCH'"), which are never parsed.
 struct ExtractaViewDef final {
     ViewType viewType{};
     std::string extractaView;                  // the keyword that extracta knows the view by
     std::vector<std::string> fields;           // in output column order; none means all
     std::vector<std::string> conditions;       // all must hold
-    std::vector<std::string> netAlternatives;  // one must hold; stand in for the alternatives
+    std::vector<std::string> netAlternatives;  // one must hold; replace the alternatives
     std::vector<std::string> alternatives;     // one must hold
 
     /// The view's request restricted to the nets, or with exclude to all others. Throws
     /// std::out_of_range for a type outside the catalogue.
     ExtractaViewDef(ViewType type, const std::vector<tkcore::AString>& nets, bool exclude);
 
-    /// Adds what the catalogue says of the view; clears nothing. skipDefaultClasses leaves out the
+    /// Adds the view's entries in the catalogue; clears nothing. skipDefaultClasses leaves out the
     /// class alternatives of conn.
     void InitDefaults(bool skipDefaultClasses);
 
-    /// Selects or excludes nets, where the view has nets. A list of more than 11 nets restricts
-    /// nothing.
+    /// Selects or excludes nets, if nets can restrict the view. A list of more than 11 nets
+    /// restricts nothing.
     void AddNetFilters(const std::vector<tkcore::AString>& nets, bool exclude);
 
     void AddClassAlternatives(const std::vector<tkcore::AString>& classes);
@@ -51,10 +51,10 @@ private:
                                            const std::vector<tkcore::AString>& classes);
 };
 
-/// The survey: the net name of every connectivity record of the nets (of all, if none is given).
+/// The request for the survey: the net name of every connectivity record of the nets (none: all).
 ExtractaViewDef MakeNetListDef(const std::vector<tkcore::AString>& nets);
 
-/// The connectivity records of one net in the classes.
+/// The request for the connectivity records of one net in the classes.
 ExtractaViewDef MakeNetClassDef(const tkcore::AString& net,
                                 const std::vector<tkcore::AString>& classes);
 

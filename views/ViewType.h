@@ -7,7 +7,7 @@
 
 namespace velextracta {
 
-/// The closed catalogue of views. The values are their order in every file and list.
+/// All views. Their values are their order in every file and list.
 enum class ViewType : std::int32_t {
     layer,
     paddef,

@@ -7,7 +7,7 @@
 
 namespace velextracta {
 
-/// What extracta knows of one view, as constant data.
+/// How to ask extracta for one view.
 struct ViewCatalogueEntry final {
     ViewType viewType;
     std::string_view name;  // the stem of its file's name
@@ -21,7 +21,7 @@ struct ViewCatalogueEntry final {
 /// The entry of a view, null for a value outside the catalogue.
 const ViewCatalogueEntry* findViewCatalogueEntry(ViewType viewType);
 
-/// The condition that the switch keepUnnamedNets takes out.
+/// The condition that keepUnnamedNets removes.
 inline constexpr std::string_view kNamedNetsOnly = "NET_NAME != ''";
 
 /// The classes that a full geometry view of the whole design leaves out, as conditions.

@@ -6,27 +6,27 @@
 
 namespace tkcore {
 
-/// Copies a regular file, with its permissions, to a path at which nothing is yet. Anything but a
-/// regular file is refused. Throws std::system_error, naming the path it is about, and Interrupted;
-/// what was copied by then stays.
+/// Copies a regular file, with its permissions, to a path where nothing is yet. Refuses anything
+/// but a regular file. Throws std::system_error, naming the path it is about, and Interrupted. The
+/// bytes copied before a failure stay.
 void copyToNewFile(const LongFileName& source, const LongFileName& target);
 
-/// Moves a file to a path on the same disk, over a file or an empty folder that may be there.
-/// Throws std::system_error.
+/// Moves a file to a path on the same disk and replaces a file or an empty folder there. Throws
+/// std::system_error.
 void moveFile(const LongFileName& source, const LongFileName& target);
 
-/// What may pass by itself: somebody holds a file open.
+/// A failure that may pass by itself: somebody has a file open.
 class OpenElsewhere final : public std::system_error {
 public:
     using std::system_error::system_error;
 };
 
-/// Throws a std::system_error if something at the path would withstand moveFile() as things stand:
-/// a folder that holds anything, a write-protected file and, as OpenElsewhere, one that somebody
-/// has open, where the system minds.
+/// Throws a std::system_error if moveFile() cannot replace what is at the path: a folder that is
+/// not empty or a write-protected file. Throws OpenElsewhere for a file that somebody has open, on
+/// systems that do not replace open files.
 void requireReplaceable(const LongFileName& target);
 
-/// The system's half of it, for anything but folders.
+/// The part of it that depends on the system, for anything but folders.
 void requireReplaceableFile(const LongFileName& target);
 
 }  // namespace tkcore

@@ -9,10 +9,10 @@
 
 namespace tkcore {
 
-/// An existing file or directory opened for reading, with what was known of it at that moment. The
-/// one way in which a path of a user or an extractor is opened; belongs to whoever reads it.
-/// Anything else (a pipe, a device, a socket) is refused, without waiting for its other end.
-/// Every failure is a std::system_error that names the path.
+/// An existing file or directory opened for reading, with its properties at that moment. All paths
+/// of users and extractors are opened for reading by this class. Refuses anything else (a pipe, a
+/// device, a socket) without waiting for its other end. Every failure is a std::system_error that
+/// names the path.
 class InputFile final {
 public:
     explicit InputFile(const LongFileName& filePath);
@@ -26,11 +26,11 @@ public:
     /// The twelve permission bits.
     [[nodiscard]] std::uint32_t permissions() const noexcept { return permissionBits; }
 
-    /// Both read on from where the last read ended: as many bytes as asked for unless the file ends
-    /// before, and as many as the system gives at once, none only at the file's end.
+    /// Both continue where the last read ended. read() reads all bytes asked for, unless the file
+    /// ends before. readSome() reads what the system gives at once, none only at the file's end.
     std::size_t read(void* destination, std::size_t size);
     std::size_t readSome(void* destination, std::size_t size);
-    /// The next read begins at the start again.
+    /// The next read begins at the start of the file.
     void rewind();
 
 private:

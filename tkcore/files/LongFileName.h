@@ -10,18 +10,18 @@ namespace tkcore {
 
 struct OpenFolder;
 
-/// An absolute path: the one form in which paths go through the program. A relative text is taken
-/// from the caller's current directory, an empty one is that directory; nothing else of the text is
-/// changed. A relative text names no file where the current directory has been removed.
+/// An absolute path: the only type for paths inside the program. A relative text starts from the
+/// caller's current directory; an empty text means that directory. Nothing else of the text is
+/// changed. If the current directory has been removed, a relative text names no file.
 ///
-/// Where a path isReserved(), nothing is found and nothing is written: to look and to write may
-/// never mean two files.
+/// If a path isReserved(), nothing is found and nothing is written: looking and writing must never
+/// reach two different files.
 ///
-/// A file in() a directory that is held open (see PrivateDirectory) is reached through that
-/// directory, whatever its name leads to by then.
+/// A file in() a directory that is held open (see PrivateDirectory) is in that directory, whatever
+/// the directory's name leads to by then.
 class LongFileName final {
 public:
-    /// Not initialised: names no file.
+    /// An uninitialised path, which names no file.
     LongFileName() = default;
     explicit LongFileName(const AString& text);
 
@@ -44,19 +44,19 @@ public:
     AString name() const;
     /// The last name from its last dot on; empty if it has none.
     AString extension() const;
-    /// What the path without its last name leads to.
+    /// The path without its last name.
     LongFileName folder() const;
     /// A file of this name in the directory that the path leads to.
     LongFileName in(const AString& fileName) const;
 
-    /// The same path, of a directory that is held open.
+    /// The same path, with the open directory that it leads to.
     LongFileName heldOpen(std::shared_ptr<const OpenFolder> directory) const;
-    /// The open directory that name() is to be looked for in, null for none.
+    /// The open directory in which to look for name(); null for none.
     const OpenFolder* openFolder() const noexcept { return isInFolder ? held.get() : nullptr; }
 
 private:
     std::optional<AString> path;
-    std::shared_ptr<const OpenFolder> held;  // this directory, or the one that the file is in
+    std::shared_ptr<const OpenFolder> held;  // this directory, or the file's
     bool isInFolder = false;
 };
 
@@ -69,12 +69,12 @@ inline std::string VEL_ANSI(const LongFileName& file) {
     return VEL_ANSI(file.FilePath());
 }
 
-/// Creates one directory; fails on anything that already has the name.
+/// Creates one directory; fails if anything has the name already.
 bool LFN_CreateDirectory(const LongFileName& directory);
 
 bool LFN_IsExistingDirectory(const LongFileName& directory);
 
-/// Removes a file, or a directory with all that it contains; follows no link.
+/// Removes a file, or a directory with its contents; follows no link.
 bool LFN_Delete(const LongFileName& file);
 
 }  // namespace tkcore

@@ -6,24 +6,23 @@
 
 #include "tkcore/files/LongFileName.h"
 
-// Paths as the functions of Windows take them, and their failures.
+// Paths in the form that the functions of Windows take, and failures of these functions.
 
 namespace tkcore {
 
-/// For a function of Windows, whatever the path's length; the action is what it is wanted for.
-/// Throws std::system_error for a path that is reserved.
+/// A path of any length for a function of Windows. The action is for the text of a failure. Throws
+/// std::system_error for a path that is reserved.
 std::wstring nativePath(const LongFileName& path, const char* action);
 
-/// The path in the form that is free of the system's limit on its length, if it is that long.
+/// The path; if it exceeds the system's limit, in the form without limit.
 std::wstring withoutLimit(const std::wstring& path);
 /// The inverse.
 std::wstring withLimit(const std::wstring& path);
 
-/// The absolute path, as the system completes it.
+/// The absolute path, completed by the system.
 std::wstring fullPath(const std::wstring& path);
 
-/// Throws std::system_error for the last call's code, which is read before anything can change it:
-/// "cannot", the action and the path.
+/// Throws std::system_error with the last call's error code and the text "cannot ACTION PATH".
 [[noreturn]] void throwLastError(const char* action, const LongFileName& path);
 
 }  // namespace tkcore

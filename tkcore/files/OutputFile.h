@@ -9,17 +9,18 @@
 
 namespace tkcore {
 
-/// A file that is written from its start, or from its end, on; each write at once and, where it is
-/// appended to, in one piece, so that writes of several processes do not mix. Every failure is a
-/// std::system_error that names the path; what was written by then stays.
+/// A file to write from its start, or to append to. Each write goes to the system at once. An
+/// appended text is one write, so that texts of several processes do not mix. Every failure is a
+/// std::system_error that names the path. The bytes written before a failure stay.
 class OutputFile final {
 public:
-    /// To replace is to make it anew: what has the name, a link perhaps, is removed, never opened.
+    /// kReplace removes what has the name, perhaps a link, without opening it, and makes a new
+    /// file.
     enum class IfThere { kFail, kReplace, kAppend };
 
     static constexpr std::uint32_t kUsualPermissions = 0666;
 
-    /// The permissions are those of a new file, less what the system is told to take off.
+    /// The permissions are those of a new file; the system takes off those in its mask.
     OutputFile(const LongFileName& filePath, IfThere ifThere,
                std::uint32_t permissions = kUsualPermissions);
     ~OutputFile();

@@ -7,13 +7,13 @@
 
 #include "tkcore/files/LongFileName.h"
 
-// Paths as texts, and as the filesystem library takes them. Every path of that library is made and
-// read by these: its own conversion of narrow text is not that of VEL_ANSI() everywhere.
+// Conversion between texts and paths of the filesystem library. Convert only by these functions: on
+// some systems the library's own conversion of narrow text differs from that of VEL_ANSI().
 
 namespace tkcore {
 
-/// The path that a text names. Where the system limits the length of a path, a longer one has the
-/// form that is free of the limit, and is absolute.
+/// The path of a text. If it exceeds the system's limit on the length of paths, it becomes absolute
+/// and has the form without limit.
 boost::filesystem::path toPath(const AString& text);
 
 /// Empty for a path that is reserved.
@@ -24,20 +24,20 @@ inline boost::filesystem::path toPath(const LongFileName& file) {
 /// The inverse of toPath().
 AString pathText(const boost::filesystem::path& path);
 
-/// The text of an absolute path; a relative one is taken from the current directory, an empty one
-/// is that directory. Nothing else is changed but a form of toPath()'s, which is taken back. None
-/// for a relative one where the current directory has been removed.
+/// The text of the absolute path. A relative text starts from the current directory; an empty text
+/// means that directory. The form without limit becomes the ordinary one. Nothing else is changed.
+/// None for a relative text if the current directory has been removed.
 std::optional<AString> absoluteText(const AString& text);
 
-/// Whether the system takes an absolute path, or a name in it, for something else than what it
-/// says: a device, a part of a file, or the file of another name.
+/// Whether the system reads an absolute path, or a name in it, as a device, as a part of a file or as
+/// the name of another file.
 bool isReservedText(const AString& text);
 
-/// An absolute path as other programs of this system expect it, with nothing but its own separator
-/// between the names; any other text as it is.
+/// An absolute path as other programs of this system expect it, with only the system's own
+/// separator between the names. Any other text stays as it is.
 AString pathForPrograms(const AString& text);
 
-/// The same path, narrow, with "/" between its names, and without what only says how to read it.
+/// The path with "/" between its names, and without the prefix of the form without limit.
 std::string portablePath(std::string path);
 
 }  // namespace tkcore

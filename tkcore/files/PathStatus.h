@@ -7,48 +7,48 @@
 
 namespace tkcore {
 
-/// What a path leads to, links followed.
+/// What a path leads to, with links followed.
 struct PathStatus final {
-    /// The last one where the system refuses to look: too long a name, a closed folder.
+    /// kUnknown: the system refuses to look, because of a name that is too long or a closed folder.
     enum class Kind { kNothing, kFile, kDirectory, kOther, kUnknown };
 
     Kind kind = Kind::kNothing;
     std::uint64_t size = 0;  // in bytes, of a file
-    std::error_code reason;  // why nothing is there, or nothing is known
+    std::error_code reason;  // of kNothing and kUnknown
 };
 
 PathStatus statusOf(const LongFileName& path);
 
-/// Whether the path leads to anything. False also if the system refuses to look: whoever goes on
-/// with the path then gets the reason from the system.
+/// Whether the path leads to anything. False also if the system refuses to look; the next use of
+/// the path then fails with the system's reason.
 bool isThere(const LongFileName& path);
 
 /// Whether the path leads to a directory; false also if the system refuses to look.
 bool isDirectory(const LongFileName& path);
 
-/// The bytes of the regular file that the path leads to; 0 if it leads to none.
+/// The size in bytes of the regular file that the path leads to; 0 if there is none.
 std::uint64_t fileSize(const LongFileName& path);
 
-/// Whether both paths lead to one file, through whatever links and spellings.
+/// Whether both paths lead to the same file, whatever links and spellings they have.
 bool isSameFile(const LongFileName& left, const LongFileName& right);
 
-/// Where the links at the path end, whether or not there is a file. Links that run in a circle
-/// are left for the system to complain about.
+/// The path at which the links of this path end, whether or not there is a file. Links in a circle
+/// are not followed to an end; the next use of the path then fails.
 LongFileName followLinks(const LongFileName& path);
 
 /// Whether the path, or a name in it, is longer than the system can take.
 bool isTooLong(const LongFileName& path);
 
-/// Whether an ordinary program cannot be given the path, though this one could take it.
+/// Whether the path is too long for ordinary programs, though not for this one.
 bool isTooLongForPrograms(const LongFileName& path);
 
-/// Bytes of a disk.
+/// Size and free space of a disk, in bytes.
 struct DiskRoom final {
-    std::uint64_t all = 0;   // 0: the file system has no size, or is not known
+    std::uint64_t all = 0;   // 0: the file system has no size, or it is not known
     std::uint64_t free = 0;  // for this user
 };
 
-/// Of the disk that the folder is on.
+/// The disk that the folder is on.
 DiskRoom roomIn(const LongFileName& folder);
 
 }  // namespace tkcore

@@ -13,13 +13,13 @@ namespace tkcore {
 
 class ReplacementTarget;
 
-/// A new file that takes the place at its path only by commit(); an archive owns one while it is
-/// made. Dropped before that it leaves no trace, and an older file stays as it was. Symbolic links
-/// at the path are followed; anything there that is no writable regular file is refused, and so is
-/// a file that comes to be where there was none at first.
+/// A new file that appears at its path only by commit(). An archive owns one while it is written.
+/// Without commit() it leaves no trace, and an older file stays as it was. Symbolic links at the
+/// path are followed. It replaces only writable regular files, and no file that somebody else
+/// created at the path after the constructor.
 ///
-/// Offsets and sizes are in bytes. Every failure is a std::system_error that names the path; once
-/// one has happened, commit() fails too, so that it may be ignored in between.
+/// Offsets and sizes are in bytes. Every failure is a std::system_error that names the path. After
+/// a failure commit() fails as well, so other failures may be ignored.
 class ReplacementFile final {
 public:
     explicit ReplacementFile(const LongFileName& filePath);
@@ -29,18 +29,18 @@ public:
     ReplacementFile& operator=(const ReplacementFile&) = delete;
 
     void write(const void* data, std::size_t size);
-    /// The offset from the start of the file at which the next write goes on.
+    /// Sets the offset, from the start of the file, of the next write.
     void seek(std::uint64_t offset);
     [[nodiscard]] std::uint64_t tell() const noexcept { return bufferOffset + buffer.size(); }
 
-    /// Brings the bytes to the disk and puts the file at the path in one step. The action is called
-    /// right before that step; what it throws leaves all as it was.
+    /// Writes the bytes to the disk and puts the file at the path in one step. Calls the action
+    /// right before that step; if the action throws, everything stays as it was.
     void commit(const std::function<void()>& beforeIt = [] {});
 
 private:
     void flush();
     void throwEarlierFailure() const;
-    /// Does it with the target, and keeps the failure.
+    /// Calls the action with the target, and remembers a failure.
     template <typename Action>
     void perform(const Action& action);
 

@@ -8,12 +8,12 @@
 
 #include "tkcore/files/LongFileName.h"
 
-// What ReplacementFile builds on.
+// The part of ReplacementFile that depends on the system.
 
 namespace tkcore {
 
 /// The file while it is not in place, and the place. Every failure is a std::system_error that
-/// names the path. Destroyed before putInPlace() has succeeded, it leaves no trace.
+/// names the path. Without a successful putInPlace() it leaves no trace.
 class ReplacementTarget {
 public:
     ReplacementTarget() = default;
@@ -23,17 +23,17 @@ public:
 
     virtual void writeAt(std::uint64_t offset, const char* data, std::size_t size) = 0;
     virtual void bringToDisk() = 0;
-    /// Where nothing was at first, nothing is replaced. Between the last look at the place and its
-    /// taking the action is called, whose exceptions pass through.
+    /// Replaces nothing if there was no file at first. Calls the action between the last check of
+    /// the place and the replacement; its exceptions pass through.
     virtual void putInPlace(const std::function<void()>& beforeIt) = 0;
 };
 
 std::unique_ptr<ReplacementTarget> openReplacementTarget(const LongFileName& path);
 
-/// How many of them are tried where a file of the name is there.
+/// How many hidden names to try if files have them already.
 inline constexpr int kMostNames = 100;
 
-/// A hidden name of fixed length: one made from the file's own name could grow too long.
+/// A random hidden name of fixed length. A name made from the file's own could be too long.
 std::string randomHiddenName();
 
 }  // namespace tkcore

@@ -3,12 +3,12 @@
 namespace tkcore {
 
 /// Reports a failed assertion: source file name, line, condition text. May set the flag of the
-/// site, which sends the site's later failures to LogAssertFailure_G.
+/// site; then the site's later failures go to LogAssertFailure_G.
 using ProcessAssertFailure = void (*)(const char* source, int line, const char* condition,
                                       bool& ignoreSite);
 using LogAssertFailure = void (*)(const char* source, int line, const char* condition);
 
-/// The hooks; both write to the core library's log until somebody sets others.
+/// The hooks. By default both write to the core library's log.
 extern ProcessAssertFailure ProcessAssertFailure_G;
 extern LogAssertFailure LogAssertFailure_G;
 
@@ -20,8 +20,8 @@ void reportAssertFailure(const char* source, int line, const char* condition, bo
 
 }  // namespace tkcore
 
-/// Reports a condition that does not hold, and goes on: the code behind an assertion handles the
-/// failure. Source, line and condition text are the caller's own.
+/// Reports a condition that does not hold, and goes on: the code after an assertion handles the
+/// failure. The caller gives source, line and condition text.
 #define VEL_ASSERT_ALL(source, line, text, condition)                            \
     do {                                                                         \
         static bool ignoreSite = false;                                          \

@@ -10,7 +10,7 @@
 
 namespace tkcore {
 
-/// A run of extracta, or the reading of what it wrote, failed. The message is narrow text of any
+/// A run of extracta failed, or its output could not be read. The message is narrow text of any
 /// bytes; what() shows it up to its first NUL.
 class ExtractaParserException final : public std::runtime_error {
 public:
@@ -18,7 +18,7 @@ public:
         : ExtractaParserException(std::string(message)) {}
     explicit ExtractaParserException(const AString& message)
         : ExtractaParserException(VEL_ANSI(message)) {}
-    // Held once and by all copies: it may be all that an extractor has printed.
+    // All copies share one text: it may be the whole output of an extractor.
     explicit ExtractaParserException(std::string message)
         : std::runtime_error(""), text(std::make_shared<std::string>(std::move(message))) {}
 
@@ -29,7 +29,7 @@ private:
     std::shared_ptr<const std::string> text;
 };
 
-/// All of an exception's message, as far as it can be had.
+/// The message of an exception; that of an ExtractaParserException in full, not cut off at a NUL.
 inline std::string_view messageOf(const std::exception& exception) noexcept {
     const auto* ours = dynamic_cast<const ExtractaParserException*>(&exception);
     return ours != nullptr ? std::string_view(ours->message()) : exception.what();

@@ -7,11 +7,11 @@
 
 namespace tkcore {
 
-/// One line on the terminal that standard error is, rewritten in place. There is at most one in a
-/// process; a signal that ends the process at once erases it, and so does the log before it writes.
+/// A line on the terminal behind standard error, rewritten in place. A process has at most one. It
+/// is erased before the log writes, and by a signal that ends the process at once.
 ///
-/// Where standard error is no terminal, or one that cannot erase a line, nothing is ever written;
-/// neither is it while the terminal belongs to another job, or takes no more text.
+/// Nothing is written if standard error is no terminal or the terminal cannot erase a line, nor
+/// while the terminal belongs to another job or takes no more text.
 class TerminalLine final {
 public:
     TerminalLine();
@@ -19,14 +19,14 @@ public:
     TerminalLine(const TerminalLine&) = delete;
     TerminalLine& operator=(const TerminalLine&) = delete;
 
-    /// Whether there is a terminal for it.
+    /// Whether there is a suitable terminal.
     [[nodiscard]] bool isPossible() const noexcept { return system != nullptr; }
 
-    /// How many columns a text may take on the terminal as it is now, so that it never wraps.
+    /// How many columns a text may have at the terminal's present width without wrapping.
     [[nodiscard]] unsigned columns() const noexcept;
 
-    /// Shows the text in place of the one before, cut to the columns. What the terminal cannot
-    /// print is shown as "?".
+    /// Shows the text, cut to the columns, in place of the one before. Shows "?" for characters
+    /// that the terminal cannot print.
     void show(std::wstring_view text);
 
 private:
@@ -34,14 +34,14 @@ private:
     std::unique_ptr<System> system;
 };
 
-/// Erases the line that is shown, if any; for whoever prints something else next.
+/// Erases the line, if there is one, before something else is printed.
 void eraseTerminalLine() noexcept;
 
-/// Whether somebody may read it: standard error is a terminal that can show such a line.
+/// Whether a person may read standard error: it is a terminal that can show a status line.
 bool isPersonAtTerminal() noexcept;
 
-/// Writes a line that stays, where there may be a person; nothing elsewhere. What the terminal
-/// cannot print is shown as "?".
+/// Writes a line that stays, if isPersonAtTerminal(). Shows "?" for characters that the terminal
+/// cannot print.
 void printOnTerminal(std::wstring_view text);
 
 /// Writes a short line, which ends in "\n", to an output of the process, with the line end of this

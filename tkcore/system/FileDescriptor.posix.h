@@ -10,7 +10,7 @@
 
 namespace tkcore {
 
-/// An open file of the system, closed with its owner; negative while there is none.
+/// A file descriptor, closed by its owner's destructor; negative if there is none.
 class FileDescriptor final {
 public:
     FileDescriptor() = default;
@@ -36,10 +36,10 @@ private:
     int descriptor = kNone;
 };
 
-/// A path that leads to the open file while it is open, where /proc is there.
+/// A path to the open file, valid while it is open. Needs /proc.
 std::string descriptorPath(const FileDescriptor& descriptor);
 
-/// The result of a call of the system, which is made again as long as a signal interrupts it.
+/// The result of a system call, which is repeated as long as a signal interrupts it.
 template <typename Call>
 ssize_t uninterrupted(const Call& call) {
     for (;;) {
@@ -50,8 +50,7 @@ ssize_t uninterrupted(const Call& call) {
     }
 }
 
-/// Has a call of the system write what is left of the bytes until nothing is; false with errno if
-/// it fails.
+/// Repeats a system call until it has written all bytes; false with errno if it fails.
 template <typename Write>
 bool writeAll(std::span<const char> bytes, const Write& write) {
     while (!bytes.empty()) {

@@ -6,11 +6,11 @@
 
 namespace tkcore {
 
-/// An open handle of the system, closed with its owner; null while there is none.
+/// An open handle of the system, closed by its owner's destructor; null if there is none.
 class Handle final {
 public:
     Handle() = default;
-    /// Functions that fail return either null or INVALID_HANDLE_VALUE.
+    /// Also takes INVALID_HANDLE_VALUE for none: functions that fail return this or null.
     explicit Handle(HANDLE openHandle) noexcept
         : handle(openHandle == INVALID_HANDLE_VALUE ? nullptr : openHandle) {}
     ~Handle() { close(); }

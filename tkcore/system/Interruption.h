@@ -5,48 +5,50 @@
 
 namespace tkcore {
 
-/// From here on a request to end is only noted, for the loops to ask after; one that the caller of
-/// the program had switched off stays off. It is SIGINT, SIGTERM, SIGHUP, or a warning of a batch
-/// system (SIGUSR1, SIGUSR2, SIGXCPU) or, where the system has these, an event of the console:
-/// Ctrl-C, Ctrl-Break, its closing, the end of the session. A write to a closed pipe, or beyond a
-/// limit on the size of files, no longer ends the process either: it fails, as does the access to a
-/// drive without a disk, which Windows would ask for.
+/// From here on a request to end is only noted, and loops check for it. Requests are SIGINT,
+/// SIGTERM, SIGHUP and the warnings of batch systems (SIGUSR1, SIGUSR2, SIGXCPU); on Windows
+/// Ctrl-C, Ctrl-Break, the closing of the console and the end of the session. Signals that the
+/// program's caller ignores stay ignored.
+///
+/// From here on a write also fails, instead of ending the process, if a pipe is closed or a file
+/// would exceed the limit on its size. Access to a drive without a disk fails, too; Windows would
+/// ask the user for the disk.
 void noteInterruptions();
 
-/// The first request to end that has been noted, by the number of its signal; 0 while there is
-/// none, and for one that came too late.
+/// The signal number of the first request to end; 0 if there is none or it came too late.
 int interruption() noexcept;
 
-/// Thrown by every loop that may take long once a request to end has been noted.
+/// Long loops throw this once a request to end has been noted.
 class Interrupted final : public std::runtime_error {
 public:
     explicit Interrupted(int signal);
 };
 
-/// Throws Interrupted once a request to end has been noted. Where somebody has asked to suspend the
-/// process (Ctrl-Z), it is suspended here.
+/// Throws Interrupted once a request to end has been noted. Suspends the process here if the user
+/// has asked for that (Ctrl-Z).
 void throwIfInterrupted();
 
-/// Lets what belongs to the process be suspended and go on together with it.
+/// Sets actions to call before the process is suspended and after it goes on.
 void suspendWith(std::function<void()> beforeIt, std::function<void()> afterIt);
 
-/// Calls throwIfInterrupted() for the last time. After it returns a request to end comes too late:
-/// the run delivers its result and ends with 0.
+/// Calls throwIfInterrupted() for the last time. When this function has returned, a request to end
+/// is too late: the run delivers its result and ends with 0.
 void passPointOfNoReturn();
 
-/// Whether any request to end has come, even one that came too late: nobody should wait for a
-/// reader any longer.
+/// Whether any request to end has come, even one that was too late. Then do not wait for readers
+/// any longer.
 bool isEndRequested() noexcept;
 
-/// Ends the process as the noted request would have ended it, which its caller expects; returns if
-/// there is none.
+/// Ends the process as the noted request would have ended it, because its caller expects that.
+/// Returns if there is none.
 void endByInterruption();
 
-/// For the system's half, which may call them at any moment.
+/// For the part that depends on the system, which may call them at any moment.
 void noteRequestToEnd(int signal) noexcept;
 void forgetRequestsToEnd() noexcept;
 
-/// The system's half of throwIfInterrupted(): suspends the process if that has been asked for.
+/// The part of throwIfInterrupted() that depends on the system: suspends the process if that has
+/// been asked for.
 void suspendIfAsked(const std::function<void()>& beforeIt, const std::function<void()>& afterIt);
 
 }  // namespace tkcore

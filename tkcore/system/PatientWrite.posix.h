@@ -4,8 +4,8 @@
 
 namespace tkcore {
 
-/// Writes to a terminal or a pipe, whose reader may be slow or absent. Waits for the reader until a
-/// request to end the program has come. False, with errno, if not all has been written.
+/// Writes to a terminal or a pipe whose reader may be slow or absent. Waits for the reader, but not
+/// after a request to end the program. False, with errno, if not all was written.
 bool writePatiently(int descriptor, std::string_view bytes) noexcept;
 
 }  // namespace tkcore

@@ -5,8 +5,8 @@
 
 namespace tkcore {
 
-/// Starts a thread that no signal of the process interrupts: its handlers run on the caller's
-/// thread, as if there was no other. A std::system_error if the system has none to give.
+/// Starts a thread that signals do not interrupt: the process's signal handlers run on the caller's
+/// thread. Throws std::system_error if the system cannot start a thread.
 std::jthread startQuietThread(std::function<void()> work);
 
 }  // namespace tkcore

@@ -6,7 +6,7 @@
 
 namespace tkcore {
 
-/// A code of the system, which has a text for it.
+/// An error code of the system; its message is the system's text.
 inline std::error_code systemError(DWORD code) {
     return {static_cast<int>(code), std::system_category()};
 }

@@ -24,17 +24,17 @@ public:
     AString(const wchar_t* wideText) : text(wideText) {}
     AString(std::wstring wideText) : text(std::move(wideText)) {}
 
-    /// Text made by a printf format. Every argument is written by its own type, whatever letter
-    /// its conversion has; an argument too few or too many is left out.
+    /// Text made by a printf format. Each argument is written by its type, whatever letter the
+    /// conversion has. Missing and surplus arguments are ignored.
     template <typename... Arguments>
     static AString Format(const AString& format, const Arguments&... arguments);
 
     bool Match(const AString& other) const { return text == other.text; }
 
-    /// Comparison that takes "A" to "Z" for "a" to "z".
+    /// Whether the texts are equal if "A" to "Z" count as "a" to "z".
     bool MatchNoCase(const AString& other) const;
 
-    /// The pieces between the separator characters, in order; empty ones only if keepEmpty.
+    /// The pieces between the separator characters, in order. Empty pieces only if keepEmpty.
     std::vector<AString> TokenizeString(const AString& separators, bool keepEmpty) const;
 
     bool empty() const noexcept { return text.empty(); }
@@ -45,7 +45,7 @@ public:
         text += other.text;
         return *this;
     }
-    /// The same for narrow text, without a copy of it in between.
+    /// Appends narrow text without an intermediate copy.
     AString& append(std::string_view narrowText) {
         appendWide(narrowText, text);
         return *this;
@@ -63,7 +63,7 @@ private:
     std::wstring text;
 };
 
-/// The text in the system's narrow code page: what files, paths and other libraries are given.
+/// The text in the system's narrow code page, for files, paths and other libraries.
 inline std::string VEL_ANSI(const AString& string) {
     return narrow(string.wide());
 }

@@ -12,7 +12,7 @@ struct OpenFolder final {
     FileDescriptor descriptor;
 };
 
-/// A path as the system's calls want it that end in "at": a folder, and the path from there on.
+/// A path for the system calls whose names end in "at": a folder, and the path from there.
 struct PlaceOfFile final {
     int folder;
     std::string path;

@@ -4,8 +4,8 @@
 
 namespace tkcore {
 
-/// A directory that is held open. Nobody else can give its name to something else meanwhile, so its
-/// files are reached by their paths.
+/// A directory that is held open. While it is open nobody can give its name to something else, so
+/// the ordinary paths of its files are safe.
 struct OpenFolder final {
     Handle handle;
 };

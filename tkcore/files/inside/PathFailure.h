@@ -9,8 +9,8 @@
 
 namespace tkcore {
 
-/// Throws std::system_error: "cannot ACTION PATH", and whatever else is to be said of it; behind
-/// that stands the system's own text for the code.
+/// Throws std::system_error with the text "cannot ACTION PATH", any further text, and the system's
+/// own text for the code.
 [[noreturn]] inline void throwPathFailure(std::error_code code, std::string_view action,
                                           const LongFileName& path, std::string_view more = {}) {
     std::string text("cannot ");

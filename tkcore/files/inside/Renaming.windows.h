@@ -6,12 +6,13 @@
 
 namespace tkcore {
 
-/// Gives the open file, which may be deleted by its handle, another name on its disk; the path is
-/// one that functions of Windows take. Returns 0, or the system's error code. Of a file that is
-/// replaced readers who allow its deletion keep what they read, where the system can do that.
+/// Renames an open file, whose handle must allow deletion, on the same disk. The path is one for
+/// functions of Windows. Returns 0 or the system's error code. Where the system can do it, readers
+/// of a replaced file that allow its deletion keep reading the old file.
 DWORD renameOpenFile(HANDLE file, const std::wstring& path, bool mayReplace);
 
-/// Whether somebody holds a file open, perhaps for a moment only: it is worth trying again.
+/// Whether the error means that somebody has the file open, perhaps only for a moment. Then try
+/// again.
 bool isOpenElsewhere(DWORD error) noexcept;
 
 }  // namespace tkcore

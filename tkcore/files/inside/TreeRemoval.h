@@ -6,8 +6,8 @@
 
 namespace tkcore {
 
-/// Removes a file, a link, or a directory with all that it contains, however deep; follows no link.
-/// What cannot be removed keeps nothing else from being removed.
+/// Removes a file, a link, or a directory with its contents, however deep; follows no link. Goes on
+/// with the rest if an entry cannot be removed.
 std::error_code removeTree(const LongFileName& path);
 
 }  // namespace tkcore

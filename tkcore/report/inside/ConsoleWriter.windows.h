@@ -7,10 +7,9 @@
 
 namespace tkcore {
 
-/// Writes texts from a thread of its own, as a console may take none for as long as somebody has
-/// selected text on it, and whoever writes there himself stands still meanwhile. Belongs to the
-/// terminal's half for Windows, the only one that needs a thread outside the archive. A thread
-/// that waits for the console ends with the process.
+/// Writes texts from a separate thread. A console blocks writers while somebody has selected text
+/// on it; with this thread the run goes on. Used by the terminal's half for Windows. A thread that
+/// waits for the console ends with the process.
 class ConsoleWriter final {
 public:
     using Write = std::function<void(const std::wstring&)>;
@@ -20,12 +19,13 @@ public:
     ConsoleWriter(const ConsoleWriter&) = delete;
     ConsoleWriter& operator=(const ConsoleWriter&) = delete;
 
-    /// Takes the place of what has been shown and is not yet written.
+    /// Shows the line; it replaces a line that is shown but not yet written.
     void show(std::wstring line);
-    /// Comes behind all that is not yet written, instead of what is shown.
+    /// Prints the text after the texts that are not yet written, and drops the shown line.
     void print(const std::wstring& text);
 
-    /// Until all is written, or for so long; false if that has not sufficed.
+    /// Waits until everything is written, but not longer than that; false if the time was too
+    /// short.
     bool waitFor(std::chrono::milliseconds patience);
 
 private:

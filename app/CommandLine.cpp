@@ -17,7 +17,7 @@ bool isOption(const AString& argument, const AString& name) {
     return argument.MatchNoCase("/" + name) || argument.MatchNoCase("-" + name);
 }
 
-/// Appends the comma-separated pieces of the argument behind position ii.
+/// Appends the comma-separated pieces of the argument after position ii.
 void appendValue(int argc, char* argv[], int ii, std::vector<AString>& list) {
     VEL_ASSERT("VelExtracta", argc > ii);
     const std::vector<AString> pieces = AString(argv[ii + 1]).TokenizeString(",", false);

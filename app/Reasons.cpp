@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kMostLines = 10;
 constexpr std::size_t kLongestLine = 500;
 constexpr std::string_view kReason = "error: ";
-constexpr std::string_view kLastWords = "uncaught exception";  // nothing comes after them
+constexpr std::string_view kLastWords = "uncaught exception";  // the last text of a process
 
 }  // namespace
 
@@ -34,7 +34,7 @@ void Reasons::add(std::string_view reason) {
         tkcore::printOnTerminal(AString(reason).wide());
     }
     if (!reason.starts_with(kReason)) {
-        return;  // warnings are told as they come
+        return;  // warnings are shown at once
     }
     while (!reason.empty()) {
         const std::string_view line = reason.substr(0, reason.find('\n'));

@@ -14,11 +14,11 @@ using tkcore::AString;
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTwo{100};
-/// Before that a rate says nothing.
+/// A rate over a shorter time is meaningless.
 constexpr std::chrono::duration<double> kShortestTime{0.5};
 
-/// The name of an extraction as the line shows it: the survey and the remainder by these words, a
-/// long name by its two ends.
+/// The name of an extraction in the status line: "survey", "remainder", or the view's name. A long
+/// name is shown by its beginning and its end.
 std::string shownName(const AString& name) {
     constexpr std::size_t kLongest = 20;
     constexpr std::size_t kHead = 11;
@@ -92,8 +92,8 @@ void StatusLine::Work::note(std::uint64_t bytesDone, std::uint64_t bytesOfAll) {
 
 RunStatus::Progress StatusLine::Work::progress(Clock::time_point now) const {
     const std::chrono::duration<double> time = now - start;
-    // The merge reports a piece that has grown meanwhile by the size that was noted at its end: the
-    // number of bytes may become smaller.
+    // If a piece grows during the merge, the number of bytes may become smaller: after the piece
+    // the merge reports the size that the piece had when its extraction ended.
     const auto workedBytes = static_cast<double>(bytes - std::min(startBytes, bytes));
     return {bytes, all, time < kShortestTime ? 0 : workedBytes / time.count()};
 }

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kGap = "  ";
 
-/// The parts of the line, the most important first: where room is short, the last is left out.
+/// The parts of the line, the most important first. If the line is too long, the last is left out.
 enum class Rank {
     kCount,
     kOldestExtraction,
@@ -29,7 +29,7 @@ struct Part final {
     Rank rank;
     std::string text;
 };
-/// In the order in which they are shown.
+/// The parts in their order on the line.
 using Parts = std::vector<Part>;
 
 std::string countText(const RunStatus& status) {
@@ -71,7 +71,7 @@ void addExtractions(Parts& parts, const RunStatus& status) {
     }
 }
 
-/// Empties the parts that have no room.
+/// Empties the parts that do not fit.
 void fit(Parts& parts, std::size_t columns) {
     std::vector<Part*> byRank;
     for (Part& part : parts) {
@@ -111,7 +111,7 @@ std::string statusText(const RunStatus& status, std::size_t columns) {
 std::string bytesText(double bytes) {
     constexpr std::array kUnits{"KiB", "MiB", "GiB", "TiB"};
     constexpr double kThousand = 1024;
-    constexpr double kLongest = 999.5;  // from here on it takes four digits
+    constexpr double kLongest = 999.5;  // from here on a number has four digits
     if (bytes < kLongest) {
         return (boost::format("%.0f B") % bytes).str();
     }

@@ -37,8 +37,8 @@ using namespace velextracta;
 
 constexpr char kSource[] = "VelExtracta";
 
-/// An outcome line with a path: the address of the path's wide text stands for it, and whoever
-/// reads these lines is used to it. Needs no memory: there may be none left.
+/// An outcome line with a path. It shows the address of the path's wide text instead; programs that
+/// parse these lines expect that. Needs no memory, as there may be none left.
 void printOutcome(Stream stream, std::string_view label, const AString& path) {
     std::array<char, 128> line;
     char* end = std::ranges::copy(label, line.begin()).out;
@@ -49,10 +49,10 @@ void printOutcome(Stream stream, std::string_view label, const AString& path) {
     tkcore::printLine(stream, {line.data(), end});
 }
 
-/// How far a run has come, for the words that a failure is told with.
+/// How far a run has come, for the text of its failure.
 enum class Stage { kCreating, kPackaging };
 
-/// The words for a run that has failed; returns its exit code.
+/// Prints the outcome line of a failed run; returns its exit code.
 int fail(Stage stage) {
     tkcore::eraseTerminalLine();
     if (stage == Stage::kCreating) {
@@ -65,7 +65,7 @@ int fail(Stage stage) {
     return 1;
 }
 
-/// What a run is about, as the command line says.
+/// What the command line asks for.
 struct Request final {
     CommandLine options;
     AString designText;
@@ -76,7 +76,7 @@ struct Request final {
                       design, views, options.addedFiles};
 };
 
-/// What a success came to, in one line for a person.
+/// Prints the summary of a successful run, in one line for a person.
 void printSummary(const Request& request, const StatusLine& statusLine, std::size_t views) {
     std::string nets;
     if (const std::optional<std::size_t> count = statusLine.nets()) {
@@ -102,7 +102,7 @@ int run(const Request& request, Stage& stage) {
     stage = Stage::kPackaging;
     const bool isDelivered = request.delivery.carryOut(executor);
     tkcore::eraseTerminalLine();
-    // Printed whatever the packaging came to; a failure line follows it.
+    // Printed even if the packaging failed; a failure line follows.
     printOutcome(Stream::kOutput, "VLX file written: ", request.outputText);
     if (!isDelivered) {
         return fail(stage);
@@ -110,13 +110,13 @@ int run(const Request& request, Stage& stage) {
     if (tkcore::isPersonAtTerminal()) {
         try {
             printSummary(request, statusLine, activeViews.size());
-        } catch (const std::bad_alloc&) {  // what is delivered is delivered
+        } catch (const std::bad_alloc&) {  // the run is a success without a summary
         }
     }
     return 0;
 }
 
-/// For fewer arguments than a run takes; returns the exit code.
+/// Handles fewer arguments than a run needs; returns the exit code.
 int answer(int argc, char* argv[]) {
     const std::string_view question = argc == 2 ? argv[1] : "";
     if (question == "--help" || question == "--version") {
@@ -179,7 +179,7 @@ int main(int argc, char* argv[]) {
     try {
         exitCode = runFromCommandLine(argc, argv, stage);
     } catch (const std::bad_alloc&) {
-        // What was made is cleaned up by now. Other exceptions end the program as they are.
+        // Everything is cleaned up by now. Other exceptions end the program uncaught.
         tkcore::writeLog(0, "error: ", "there is no memory left");
         fail(stage);
     }

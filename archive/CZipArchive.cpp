@@ -15,7 +15,8 @@ namespace velextracta {
 
 namespace {
 
-/// Packs view files tighter than the level 6 of common zip programs, and faster than level 6 here.
+/// Gives smaller archives of view files than level 6 of common zip programs, and is faster than
+/// level 6 here.
 constexpr int kLevelOfDefault = 5;
 constexpr int kHighestLevel = 9;
 
@@ -28,8 +29,8 @@ ZipMethod methodFor(std::uint64_t deflatedSize, std::uint64_t originalSize) {
                                                             : ZipMethod::kStored;
 }
 
-/// Then the whole file shrinks, too, whatever its other pieces do: what does not shrink grows by a
-/// ten-thousandth only.
+/// If so, the whole file shrinks, too, whatever its other pieces do: a piece that does not shrink
+/// grows by a ten-thousandth only.
 bool shrinksALot(const Piece& piece) {
     return piece.deflated.size() < piece.original.size() / 8 * 7;
 }

@@ -15,11 +15,11 @@ namespace {
 
 constexpr std::byte kLastBlockMark{0x01};  // the first bit of a block
 
-/// An empty stored block is a head of three zero bits, zero bits up to the end of the byte, and
+/// An empty stored block has a header of three zero bits, zero bits up to the end of the byte, and
 /// these four bytes.
 constexpr std::array kEmptyBlock{std::byte{0x00}, std::byte{0x00}, std::byte{0xFF},
                                  std::byte{0xFF}};
-/// A last byte of this value or more uses one of its upper three bits: the head does not fit.
+/// A last byte of this value or more uses one of its upper three bits: the header does not fit.
 constexpr std::byte kNoRoomForHead{0x20};
 
 class Inflater final {
@@ -36,8 +36,8 @@ public:
     z_stream stream{};
 };
 
-/// The first bit of the last block; none if there is no such block. Only inflating finds where one
-/// block ends and the next begins. The room takes what is inflated.
+/// The position of the last block's first bit; none if there is no last block. Only inflating finds
+/// the borders of blocks. The room is for the inflated bytes.
 std::optional<std::size_t> findLastBlock(std::span<std::byte> deflated, std::span<std::byte> room) {
     // The meaning of z_stream::data_type after a call with Z_BLOCK.
     constexpr unsigned kUnusedBits = 7;
@@ -82,9 +82,9 @@ bool PieceJoiner::leaveOpen(std::vector<std::byte>& deflated, std::span<const st
         return false;
     }
     deflated[*lastBlock / 8] &= ~(kLastBlockMark << (*lastBlock % 8));
-    // Now an empty block has to follow. Its head of zero bits begins where the last block ends, but
-    // that bit is not known. The head may lie in the zero bits at the end of the last byte, or
-    // reach into one more byte. Try both: only the right one can be inflated.
+    // Now append an empty block. Its header of zero bits begins where the last block ends, but the
+    // position of that bit is not known. The header either fits into the zero bits at the end of
+    // the last byte or needs one more byte. Try both: only the right one can be inflated.
     const std::size_t size = deflated.size();
     for (std::size_t further = deflated.back() < kNoRoomForHead ? 0 : 1; further <= 1; ++further) {
         deflated.resize(size + further);

@@ -23,7 +23,7 @@ PieceWorker& PieceTools::worker(std::size_t number) {
 PieceLine::PieceLine(Read readBytes, PieceTools& pieceTools)
     : read(std::move(readBytes)), tools(pieceTools) {
     tools.worker(0);
-    // Memory first: a thread that was started and could not be stored would never be joined.
+    // Reserve memory first: a thread that is started but cannot be stored would not be joined.
     threads.reserve(tools.mostThreads);
 }
 
@@ -74,7 +74,7 @@ void PieceLine::readAhead() {
             ++given;
         }
         pieceGiven.notify_one();
-        // The first piece is left to the caller.
+        // The caller processes the first piece.
         if (threads.size() < std::min<std::uint64_t>(tools.mostThreads, given - 1)) {
             startThread();
         }
@@ -86,7 +86,7 @@ void PieceLine::startThread() {
     try {
         threads.push_back(tkcore::startQuietThread([this, &worker] { workUntilStopped(worker); }));
     } catch (const std::system_error&) {
-        tools.mostThreads = threads.size();  // those that run do the work
+        tools.mostThreads = threads.size();  // go on with the running ones
     }
 }
 

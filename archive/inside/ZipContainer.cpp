@@ -8,7 +8,7 @@ namespace velextracta {
 namespace {
 
 /// Whether the header needs room for sizes of 64 bits. It is written before the sizes are known.
-/// Deflated bytes are more than the original by less than a 256th.
+/// Deflating adds less than a 256th to the size.
 bool mayNeedWideSizes(ZipMethod method, std::uint64_t mostSize) {
     constexpr std::uint64_t kRoomToGrow = kZip64Mark / 256;
     return mostSize > (method == ZipMethod::kStored ? kZip64Mark : kZip64Mark - kRoomToGrow);

@@ -23,14 +23,14 @@ constexpr std::uint16_t kZip64Field = 0x0001;
 constexpr std::uint16_t kTimeField = 0x5455;
 constexpr std::string_view kOnlyModificationTime = "\x01";
 
-// What every archive of ours says.
+// Values of every archive that we write.
 constexpr std::uint16_t kFirstVolume = 0;
 constexpr std::uint32_t kOneVolume = 1;
 constexpr std::uint16_t kNoComment = 0;
 constexpr std::uint16_t kNotKnownAsText = 0;
 constexpr std::uint64_t kRestOfZip64End = 44;
 
-// Versions of the format: what a reader must know, and what this writer does (UTF-8 names).
+// Versions of the format: those that a reader must know, and that of this writer (UTF-8 names).
 constexpr std::uint16_t kKnowsDeflating = 20;
 constexpr std::uint16_t kKnowsZip64 = 45;
 constexpr std::uint16_t kMadeOnUnix = 3U << 8U | 63U;
@@ -42,7 +42,7 @@ constexpr std::uint32_t kAnyWrite = 0222;
 constexpr std::uint32_t kDosReadOnly = 0x01;
 constexpr std::uint32_t kDosDirectory = 0x10;
 
-/// Numbers are little-endian, whatever the machine is.
+/// A record of little-endian numbers, on any machine.
 class Record final {
 public:
     Record& number16(std::uint16_t value) { return number(value, 2); }
@@ -52,9 +52,9 @@ public:
         bytes += more;
         return *this;
     }
-    /// In 16 bits, how long the text is.
+    /// The text's length, in 16 bits.
     Record& length(std::string_view of) { return number(of.size(), 2); }
-    /// An extra field; none at all without contents.
+    /// An extra field, or nothing if the contents are empty.
     Record& field(std::uint16_t kind, std::string_view contents) {
         return contents.empty() ? *this : number16(kind).length(contents).text(contents);
     }
@@ -80,7 +80,7 @@ std::uint32_t externalAttributes(const ZipEntry& entry) {
            ((entry.permissions & kAnyWrite) == 0 ? kDosReadOnly : 0);
 }
 
-/// Local time in steps of two seconds, held within the years that the format can say.
+/// Local time in steps of two seconds, limited to the years that the format can express.
 std::uint32_t dosTime(std::time_t time) {
     constexpr std::uint32_t kFirst = 1U << 21U | 1U << 16U;  // 1980-01-01
     constexpr std::uint32_t kLast = 0xFF9FBF7D;              // 2107-12-31 23:59:58
@@ -99,7 +99,7 @@ std::uint32_t dosTime(std::time_t time) {
            field(std::min(local->tm_sec, 59) / 2, 0);
 }
 
-/// The modification time in seconds, UTC. Empty for times that readers would take for others.
+/// The modification time in seconds, UTC. Empty for times that readers would misread.
 std::string exactTime(std::time_t time) {
     if (time < 0 || time > std::numeric_limits<std::int32_t>::max()) {
         return {};
@@ -107,7 +107,7 @@ std::string exactTime(std::time_t time) {
     return Record().text(kOnlyModificationTime).number32(static_cast<std::uint32_t>(time)).bytes;
 }
 
-/// The number, or the mark for one that stands in 64 bits elsewhere.
+/// The number, or the mark of a number that is in a 64-bit field.
 std::uint16_t in16Bits(std::uint64_t number) {
     return static_cast<std::uint16_t>(std::min<std::uint64_t>(number, kZip64Mark16));
 }
@@ -122,7 +122,7 @@ std::string extraFields(const ZipHeader& header, const Record& wideNumbers) {
         .bytes;
 }
 
-/// The fields that both headers have alike, up to the checksum.
+/// Writes the fields that both headers have in common, up to the checksum.
 Record& describe(Record& record, const ZipHeader& header) {
     const bool usesZip64 = header.hasWideSizes || header.offset >= kZip64Mark;
     return record.number16(usesZip64 ? kKnowsZip64 : kKnowsDeflating)
@@ -158,8 +158,8 @@ std::string localHeader(const ZipHeader& header) {
 std::string directoryHeader(const ZipHeader& header) {
     const std::string& name = header.entry.name;
     Record wideNumbers;
-    // A size that equals the mark is written as it is where the format allows it: unzip 6 misreads
-    // the entries that follow one with such a size in 64 bits.
+    // A size equal to the mark stays in 32 bits where the format allows it: if it is in 64 bits,
+    // unzip 6 misreads the following entries.
     if (std::max(header.size, header.packedSize) > kZip64Mark || header.offset >= kZip64Mark) {
         for (const std::uint64_t number : {header.size, header.packedSize, header.offset}) {
             if (number >= kZip64Mark) {

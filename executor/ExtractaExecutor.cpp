@@ -32,7 +32,7 @@ namespace {
 constexpr char kSource[] = "ExtractaExecutor";
 constexpr unsigned long kReadBufferSize = 65536;
 
-/// The reason behind an assertion that only tells where a packaging failed.
+/// Logs the reason of a failed packaging; the assertion shows only where it failed.
 void logReason(const std::exception& exception) {
     tkcore::writeLog(0, "error: ", exception.what());
 }
@@ -170,7 +170,7 @@ bool ExtractaExecutor::addFilesToWorkingDir(const std::vector<AString>& files) {
         copyFiles(files, workingDir.name());
     } catch (const tkcore::Interrupted& interrupted) {
         logReason(interrupted);
-        return false;  // which nobody looks at: the packaging behind it fails for the same reason
+        return false;  // callers ignore it: the packaging fails next, for the same reason
     }
     return true;
 }
@@ -195,7 +195,7 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
     }
     try {
         pack(entriesWithExtension(workingDir, extension), archive, observer);
-        // Inside the guarded block: a disk may fill up as late as here.
+        // Close inside the try block: a full disk may show only here.
         archive.Close(0, false);
     } catch (const std::exception& exception) {
         logReason(exception);
@@ -226,8 +226,8 @@ bool ExtractaExecutor::fail(const AString& message) {
 }
 
 bool ExtractaExecutor::fail(std::string_view prefix, const std::exception& exception) {
-    // The message may be all that an extractor has printed, so it is not held more often than need
-    // be: errorMessage is its one wide form.
+    // The message may be the whole output of an extractor, so it is copied only once, to
+    // errorMessage.
     const std::string_view message = tkcore::messageOf(exception);
     tkcore::writeLog(0, std::string("error: ").append(prefix), message);
     errorMessage = AString(prefix);

@@ -15,7 +15,7 @@ using tkcore::LongFileName;
 
 namespace {
 
-/// A failure of the system becomes the exception with the message; its reason goes to the log.
+/// Calls the action. Logs a failure of the system, and throws the exception with the message.
 template <typename Action>
 void orThrow(const AString& message, const Action& action) {
     try {

@@ -25,7 +25,8 @@ void NetSurvey::addColumns(const FieldList& names) {
 
 void NetSurvey::addSRecord(FieldList& fields) {
     ++records;
-    // A short record fails the ranking, not the reading: that the file is no view is told first.
+    // A short record fails only later, in the ranking: if the file is no view, that failure comes
+    // first.
     if (const std::optional<std::string_view> netName = fields.field(netNameColumn)) {
         ++net(*netName).recordCount;
     } else if (firstShortRecord == 0) {

@@ -29,8 +29,8 @@ namespace {
 
 constexpr std::uint64_t kBytesPerMegabyte = 1'000'000;
 
-/// Begins a new file at the path just as the archive will be begun, and drops it: only the system
-/// knows all that may be in the way.
+/// Begins a file at the path exactly as the archive will begin, and drops it: only the system knows
+/// all obstacles.
 void tryToWrite(const LongFileName& path) {
     const tkcore::ReplacementFile dropped(path);
 }
@@ -54,7 +54,7 @@ void refuseToReplace(const LongFileName& file, const LongFileName& design) {
     tkcore::requireReplaceable(file);
 }
 
-/// Of an earlier run, in a folder: this run is likely to replace them.
+/// The files of an earlier run in the folder; this run is likely to replace them.
 std::vector<AString> filesOfSplitNets(const LongFileName& folder) {
     static constexpr char kAnyPiece[] = "[0-9]_.*";
     const std::regex pattern(VEL_ANSI(MakeViewFileName(ViewType::conn, kAnyPiece) + "|" +
@@ -71,7 +71,7 @@ std::vector<AString> filesOfSplitNets(const LongFileName& folder) {
     return names;
 }
 
-/// What becomes of an added file, if that is nothing good.
+/// What is wrong with an added file; empty if nothing.
 std::string doubtAboutAdded(const LongFileName& file, const std::vector<AString>& names) {
     const tkcore::PathStatus status = tkcore::statusOf(file);
     switch (status.kind) {

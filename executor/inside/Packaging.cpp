@@ -31,7 +31,7 @@ bool isNamedLikeADesign(const LongFileName& path) {
                             reason + VEL_ANSI(path));
 }
 
-/// Waits for those that hold a target open, where that is worth it.
+/// Throws if a target cannot be replaced. Waits for a moment if only somebody has it open.
 void requireAllReplaceable(const std::vector<LongFileName>& entries, const LongFileName& folder) {
     std::optional<tkcore::OpenElsewhere> obstacle;
     tkcore::tryForAMoment([&] {
@@ -63,7 +63,7 @@ AString namesOf(std::span<const LongFileName> files) {
 
 std::vector<LongFileName> entriesWithExtension(const WorkingDirectory& directory,
                                                const AString& extension) {
-    // Listed before any is moved: a listing of a directory that changes may skip entries.
+    // List all before moving any: the listing of a changing directory may skip entries.
     std::vector<LongFileName> entries = directory.contents();
     std::erase_if(entries, [&](const LongFileName& entry) {
         return !extension.empty() && !entry.extension().Match(extension);

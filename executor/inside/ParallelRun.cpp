@@ -32,11 +32,11 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-/// The largest nets that get processes of their own.
+/// How many of the largest nets are split.
 constexpr std::size_t kMaxSplitNets = 4;
 static_assert(kMaxSplitNets <= 10, "the length of a name is that of any rank of one digit");
 
-/// The name of the generator for a group of classes of a split net.
+/// The name of the generator for one class group of a split net.
 AString generatorName(std::size_t rank, const AString& net, const std::vector<AString>& classes) {
     AString name = boost::lexical_cast<std::string>(rank) + "_" + net;
     for (const AString& className : classes) {
@@ -45,8 +45,8 @@ AString generatorName(std::size_t rank, const AString& net, const std::vector<AS
     return name;
 }
 
-/// How many extractions may run at the same time: what VELTAR_EXTRACTA_LIMIT says, a number from 1
-/// to 1000, or half of what the machine has of hardware threads.
+/// How many extractions may run at the same time: the number in VELTAR_EXTRACTA_LIMIT, from 1 to
+/// 1000, or half the number of hardware threads.
 std::uint32_t extractaLimit(RunObserver& observer) {
     constexpr std::uint32_t kHighest = 1000;
     const char* variable = std::getenv("VELTAR_EXTRACTA_LIMIT");
@@ -97,13 +97,13 @@ ParallelRun::ParallelRun(const LongFileName& design, const WorkingDirectory& wor
 }
 
 ParallelRun::~ParallelRun() {
-    // All at the same time; then each is waited for as it is destroyed.
+    // Ask all at the same time. Each destructor then waits for its own.
     ExtractaViewGenerator::requestEndOfAll();
 }
 
 void ParallelRun::createViews(const ViewSet& views, const std::vector<AString>& nets,
                               std::vector<ActiveView>& activeViews) {
-    // Each view of its own, the survey and the remainder; later the pieces of large nets.
+    // Each view but conn, the survey and the remainder. The pieces of large nets are added later.
     observer.expected(static_cast<std::size_t>(views.GetCount()) + 1, true);
     startOtherViews(views, nets);
     if (views.Contains(ViewType::conn)) {
@@ -147,7 +147,7 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
     for (std::size_t rank = 0; rank < splitNets.size(); ++rank) {
         splitNet(rank, splitNets[rank]);
     }
-    // Without the net selection: the remainder covers every net of the design but the split ones.
+    // Ignore the net selection: the remainder covers every net of the design but the split ones.
     start(connectivityGenerators, ExtractaViewDef(ViewType::conn, splitNets, true),
           kRemainderSuffix);
     survey.reset();
@@ -164,19 +164,19 @@ std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets)
     return connectivity.takeRanking(path);
 }
 
-/// A net that cannot is left to the remainder.
+/// Whether the net can be split. If not, the remainder covers it.
 bool ParallelRun::canHaveProcesses(const AString& net) const {
     if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
-        // It would add a line to a control file.
+        // The line break would add a line to a control file.
         warn(observer,
              "the net \"" + net + "\" is left to the remainder: a line break in its name");
         return false;
     }
-    // A control file has the longer name of the two; the number in it is a digit.
+    // A control file's name is longer than its view file's. The rank in it has one digit.
     const auto controlFile = [&](const AString& name) {
         return workingDir.in(MakeControlFileName(ViewType::conn, name));
     };
-    // An extractor that must take long paths anyhow may take those of nets.
+    // If even the remainder's path is long, the extractor must accept long paths anyhow.
     const bool isOrdinary = !tkcore::isTooLongForPrograms(controlFile(kRemainderSuffix));
     const bool isTooLong =
         std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
@@ -210,7 +210,7 @@ ActiveView ParallelRun::mergeConnectivity() {
     const LongFileName combined = workingDir.in(MakeViewFileName(ViewType::conn, ""));
     std::uint64_t merged = 0;
     std::uint64_t finished = 0;
-    // A large piece takes its time: finished children are reaped and queued ones started meanwhile.
+    // A large piece takes long. Meanwhile, reap finished children and start queued ones.
     ConnectivityMerge merge(combined, [&](std::size_t bytes) {
         observer.merged(merged += bytes, finished);
         ExtractaViewGenerator::pollProcesses();
@@ -222,7 +222,7 @@ ActiveView ParallelRun::mergeConnectivity() {
         observer.merged(merged, finished);
         merge.append(piece);
         warnAboutFile(observer, ViewType::conn, piece);
-        observer.merged(merged = mergedThen, finished);  // with the header lines
+        observer.merged(merged = mergedThen, finished);  // the header lines included
     }
     return {ViewType::conn, combined.FilePath()};
 }

@@ -54,8 +54,8 @@ AString quotedPath(const LongFileName& file) {
     throw ExtractaParserException(std::move(message));
 }
 
-/// The name of the control file, by which a list of processes tells extractions apart: the second
-/// path on the command line.
+/// The name of the control file, the second path on the command line. It distinguishes extractions
+/// in a list of processes.
 std::string titleOf(const std::vector<AString>& arguments) {
     const auto isPath = [](const AString& argument) { return argument.wide().starts_with(L'"'); };
     auto path = std::ranges::find_if(arguments, isPath);

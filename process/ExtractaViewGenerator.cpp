@@ -23,7 +23,7 @@ AString sanitisedName(const AString& name) {
                (character >= L'A' && character <= L'Z') ||
                (character >= L'0' && character <= L'9') || character == L'-' || character == L'_';
     };
-    // Where a wide character has 16 bits some are two, which count as one like everywhere.
+    // If wide characters have 16 bits, a pair of them may be one character and becomes one "_".
     const auto isPair = [](wchar_t first, wchar_t second) {
         return first >= 0xD800 && first < 0xDC00 && second >= 0xDC00 && second < 0xE000;
     };
@@ -72,7 +72,7 @@ ActiveView ExtractaViewGenerator::waitForViewFile() {
 }
 
 void ExtractaViewGenerator::pollProcesses() {
-    pool.refresh();  // nobody waits meanwhile, so nobody else asks for news
+    pool.refresh();  // no wait asks for news meanwhile
     pool.pollProcesses();
 }
 
@@ -113,13 +113,13 @@ void ExtractaViewGenerator::startExtracta() {
 }
 
 bool ExtractaViewGenerator::checkFinished() {
-    // Made once: this runs for every child in every pass.
+    // Static, because this runs for every child in every pass.
     static const AString kProcessName("extracta");
     bool running = false;
     try {
         running = ProcessRunning(child, kProcessName);
     } catch (const ExtractaParserException&) {
-        // The message names no view; with many children the log must.
+        // The message names no view, so log it: there are many children.
         VelDebug(0, "error: extraction of %s failed: %s \n", viewName(),
                  commandLine(extractaExecutableName(), arguments));
         throw;

@@ -35,7 +35,7 @@ void GeneratorPool::leave(PooledExtraction& extraction) noexcept {
 
 void GeneratorPool::pollProcesses() {
     tkcore::throwIfInterrupted();
-    // A copy: reaping takes extractions out of the queue.
+    // Iterate over a copy: reaping removes extractions from the queue.
     for (PooledExtraction* extraction : Queue(running)) {
         extraction->checkFinished();
     }

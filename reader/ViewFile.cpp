@@ -16,7 +16,7 @@ using tkcore::ExtractaParserException;
 
 namespace {
 
-// Large enough to make the system's share small, small enough to stay in the processor's memory.
+// Large enough for few system calls, small enough for the processor's cache.
 constexpr std::size_t kBlockSize = std::size_t{1} << 17U;
 
 template <typename Iterator>

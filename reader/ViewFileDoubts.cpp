@@ -16,7 +16,7 @@ namespace velextracta {
 
 namespace {
 
-/// Some files have no line end, and are as long as a disk.
+/// A limit, because a file without line ends may be as long as the disk.
 constexpr std::size_t kHeadSize = std::size_t{1} << 16U;
 constexpr std::size_t kMostLines = 1000;
 constexpr std::string_view kLineEnd = "\r\n";
@@ -38,10 +38,10 @@ public:
     Head(const Head&) = delete;
     Head& operator=(const Head&) = delete;
 
-    /// Of what is not taken yet.
+    /// Whether the lines not yet taken start with the text.
     [[nodiscard]] bool startsWith(std::string_view text) const { return rest.starts_with(text); }
 
-    /// The next line without its end; none when there is no more, or no more of it.
+    /// The next line without its end; none if there is no more, or if the head cuts it off.
     std::optional<std::string_view> takeLine() {
         const std::size_t end = rest.find(kLineEnd);
         const bool isCutOff = end == std::string_view::npos && bytes.size() == kHeadSize;
@@ -54,7 +54,7 @@ public:
         return line;
     }
 
-    /// How many have been taken.
+    /// The number of lines taken.
     [[nodiscard]] std::size_t lineNumber() const { return taken; }
 
     [[nodiscard]] bool endsLinesWithLineFeed() const {
@@ -78,7 +78,7 @@ std::string doubtAboutColumns(std::string_view names, const std::vector<std::str
     std::vector<std::string_view> columns;
     boost::split(columns, names, [](char c) { return c == kFieldEnd; });
     if (columns.back().empty()) {
-        columns.pop_back();  // what stands behind the last "!"
+        columns.pop_back();  // the empty column behind the last "!"
     }
     const auto [column, field] = std::ranges::mismatch(columns, fields);
     const auto number = column - columns.begin() + 1;
@@ -92,12 +92,12 @@ std::string doubtAboutColumns(std::string_view names, const std::vector<std::str
         .str();
 }
 
-/// Of an A! line or a record: with the empty field behind a last "!", as a reader takes them apart.
+/// The number of fields of an A! line or a record, with the empty field behind a last "!".
 std::size_t fieldCount(std::string_view record) {
     return static_cast<std::size_t>(std::ranges::count(record, kFieldEnd));
 }
 
-/// Looks at the lines behind the first two; header is the A! line.
+/// Checks the lines after the first two; header is the A! line.
 std::string doubtAboutRecords(Head& head, std::string_view header) {
     std::size_t records = 0;
     std::size_t differing = 0;

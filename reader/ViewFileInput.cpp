@@ -10,8 +10,8 @@ namespace velextracta {
 
 namespace {
 
-// In larger steps the system looks for larger stretches of memory, which may take several times as
-// long once it has filled its cache.
+// For larger steps the system needs larger blocks of memory. Finding those may take several times
+// as long once its cache is full.
 constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 
 }  // namespace
@@ -23,7 +23,7 @@ ViewFileInput::ViewFileInput(const tkcore::LongFileName& path) : file(path), buf
 }
 
 void ViewFileInput::passLine(const Take& take) {
-    bool isReturnPending = false;  // which is part of the line unless its end follows
+    bool isReturnPending = false;  // a CR belongs to the line unless LF follows
     for (auto bytes = readBytes(); !bytes.empty(); bytes = readBytes()) {
         tkcore::throwIfInterrupted();
         const auto lineEnd = std::ranges::find(bytes, '\n');
@@ -34,7 +34,7 @@ void ViewFileInput::passLine(const Take& take) {
             take(line.first(line.size() - (isReturnPending ? 1 : 0)));
         }
         if (lineEnd != bytes.end()) {
-            // The rest of what was read is for the next call.
+            // The rest of the buffer is for the next call.
             position = end - static_cast<std::size_t>(bytes.end() - lineEnd) + 1;
             return;
         }

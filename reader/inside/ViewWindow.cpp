@@ -8,7 +8,7 @@ namespace velextracta {
 
 namespace {
 
-// The longest literal of the grammar: where it does not match, the grammar goes back to its start.
+// The length of the grammar's longest literal: if it does not match, the grammar goes back so far.
 constexpr std::uint64_t kLookBack = 2;
 
 }  // namespace
@@ -29,7 +29,7 @@ std::string_view ViewWindow::field(std::uint64_t position) {
     return textFrom(position).substr(0, length);
 }
 
-/// Reads on behind what there is; what lies before the position is needed no longer.
+/// Reads more. The text before the position is no longer needed.
 bool ViewWindow::readFrom(std::uint64_t position) {
     if (filled() == buffer.size()) {
         makeRoom(std::max(begin, position - std::min(position, kLookBack)));
@@ -39,8 +39,8 @@ bool ViewWindow::readFrom(std::uint64_t position) {
     return count != 0;
 }
 
-/// Moves what is needed to the front, or has twice the room if that is most of what there is: so
-/// the moves of a long field do not add up.
+/// Moves the needed text to the front. If that text fills most of the buffer, doubles the buffer
+/// instead, so that a long field is not moved again and again.
 void ViewWindow::makeRoom(std::uint64_t needed) {
     if (end - needed > needed - begin) {
         buffer.resize(2 * buffer.size());

@@ -14,7 +14,7 @@ using tkcore::AString;
 
 namespace {
 
-/// The filter part of a block: every alternative with all conditions behind it.
+/// The filter part of a block: each alternative, followed by all conditions.
 std::string filterText(const ExtractaViewDef& definition) {
     const std::string common = JoinLines(definition.conditions);
     const auto& alternatives =

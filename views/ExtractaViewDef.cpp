@@ -13,7 +13,7 @@ using tkcore::VEL_ANSI;
 
 namespace {
 
-/// Of more nets than this a view is not restricted at all: extracta is given no longer lists.
+/// More nets than this do not restrict a view: extracta gets no longer lists.
 constexpr std::size_t kMostFilteredNets = 11;
 
 void append(std::vector<std::string>& list, std::span<const std::string_view> texts) {
@@ -64,7 +64,7 @@ void ExtractaViewDef::AddNetFilters(const std::vector<AString>& nets, bool exclu
     if (!kNetFilterableViews.Contains(viewType) || nets.size() > kMostFilteredNets) {
         return;
     }
-    // No blank before the quote and no escape in the name: extracta is given just this.
+    // No blank before the quote and no escape in the name: extracta expects exactly this.
     const std::string comparison = std::string(kNetNameField) + (exclude ? " !='" : " ='");
     auto& target = exclude || nets.size() == 1 ? conditions : netAlternatives;
     for (const AString& net : nets) {

@@ -89,7 +89,7 @@ constexpr std::array<Text, 16> kCellGeometryFields{
     "GRAPHIC_DATA_7", "GRAPHIC_DATA_8",      "GRAPHIC_DATA_9", "GRAPHIC_DATA_10",
 };
 
-/// What full geometry has beyond the reduced list.
+/// The fields of full geometry that are not in the reduced list.
 constexpr std::array<Text, 19> kFullGeometryFields{
     "GRAPHIC_DATA_NAME",
     "REFDES",
@@ -210,8 +210,8 @@ constexpr std::array<Text, 5> kLogicalPinFields{
     "REFDES_SORT", "REFDES", "FUNC_DES", "PIN_NUMBER", "PIN_PINUSE",
 };
 
-// In the order of the values. The class alternatives of conn are not here: they are written without
-// quotes, and only on demand.
+// In the order of ViewType. The class alternatives of conn are not here, because their values have
+// no quotes and are sometimes left out.
 constexpr std::array<ViewCatalogueEntry, kViewTypeCount> kCatalogue{{
     {ViewType::layer, "layer", "LAYER", {}, {}, kLayerFields, {}},
     {ViewType::paddef, "paddef", "PAD_DEF", {}, {}, {}, {}},

@@ -21,8 +21,8 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
     if (isMoved()) {
         return;
     }
-    // A directory takes no file's place by itself, nor a file that of a directory, which must be
-    // empty.
+    // The system does not replace a file by a directory, or a directory by a file. Remove an empty
+    // directory first.
     const int error = errno;
     const bool isOutOfTheWay =
         (error == EISDIR && unlinkat(to.folder, to.name(), AT_REMOVEDIR) == 0) ||
@@ -33,6 +33,6 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
     }
 }
 
-void requireReplaceableFile(const LongFileName& /*target*/) {}  // that is for its folder to say
+void requireReplaceableFile(const LongFileName& /*target*/) {}  // its folder decides
 
 }  // namespace tkcore

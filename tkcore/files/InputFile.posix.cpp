@@ -20,7 +20,7 @@ namespace {
     throwPathFailure({error, std::generic_category()}, action, path, more);
 }
 
-// Without O_NONBLOCK the opening of a pipe nobody writes to would never return.
+// Without O_NONBLOCK, opening a pipe without a writer would never return.
 int openToRead(const PlaceOfFile& place) {
     return ::openat(place.folder, place.name(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }

@@ -53,7 +53,7 @@ AString LongFileName::extension() const {
 
 LongFileName LongFileName::folder() const {
     const AString text = pathText(toPath(FilePath()).parent_path());
-    return text.empty() ? *this : LongFileName(text);  // of the root there is none
+    return text.empty() ? *this : LongFileName(text);  // the root has no parent
 }
 
 LongFileName LongFileName::in(const AString& fileName) const {

@@ -17,7 +17,7 @@ namespace {
 
 FileDescriptor openToWrite(const PlaceOfFile& place, OutputFile::IfThere ifThere,
                            std::uint32_t permissions) {
-    // A pipe without a reader is refused, not waited for.
+    // O_NONBLOCK refuses a pipe without a reader instead of waiting for one.
     const bool appends = ifThere == OutputFile::IfThere::kAppend;
     const int flags =
         O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | (appends ? O_APPEND | O_NONBLOCK : O_EXCL);

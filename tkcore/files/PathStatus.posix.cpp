@@ -13,7 +13,7 @@ namespace {
 
 using Kind = PathStatus::Kind;
 
-/// 0, or the error code.
+/// Returns 0 or the error code.
 int look(const LongFileName& path, struct stat& status) {
     const PlaceOfFile place = placeOf(path);
     return fstatat(place.folder, place.name(), &status, 0) == 0 ? 0 : errno;
@@ -45,7 +45,7 @@ bool isSameFile(const LongFileName& left, const LongFileName& right) {
 }
 
 bool isTooLong(const LongFileName& path) {
-    // Not through an open folder: others are given the whole path.
+    // Not through an open folder, because other programs get the whole path.
     struct stat status {};
     return lstat(VEL_ANSI(path).c_str(), &status) != 0 && errno == ENAMETOOLONG;
 }

@@ -16,7 +16,7 @@ namespace tkcore {
 
 namespace {
 
-/// While it lives, what is made has all rights for its owner.
+/// While an object of this class exists, new files have all rights for their owner.
 class OwnersRights final {
 public:
     OwnersRights() : older(umask(0)) { umask(older & ~mode_t{S_IRWXU}); }
@@ -45,7 +45,7 @@ struct PrivateDirectory::System final {
     [[nodiscard]] bool isThis(const struct stat& other) const noexcept {
         return other.st_dev == status.st_dev && other.st_ino == status.st_ino;
     }
-    /// Once it is empty; 0, or the error code.
+    /// Removes the empty directory; returns 0 or the error code.
     [[nodiscard]] int removeFolder() const;
 
     std::string givenName;
@@ -59,7 +59,7 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
     if (slash == std::string::npos) {
         fail(EINVAL, "create", path);
     }
-    // Whatever takes memory comes first: nobody would remove the directory.
+    // Allocate memory before creating the directory: after a failure nobody would remove it.
     system->givenName = text.substr(slash + 1);
     heldPath = path.heldOpen(system->folder);
     {
@@ -82,7 +82,7 @@ PrivateDirectory::~PrivateDirectory() = default;
 
 PrivateDirectory::Name PrivateDirectory::name() const {
     struct stat found {};
-    // By its whole path, as programs do that are given it.
+    // Look by its whole path, as other programs do.
     const std::string path = withoutSeparatorAtItsEnd(VEL_ANSI(heldPath));
     if (stat(path.c_str(), &found) != 0) {
         // A link that leads nowhere is something else, too.
@@ -106,7 +106,7 @@ void PrivateDirectory::remove() {
     struct stat now {};
     const bool isSeen = fstat(descriptor, &now) == 0;
     if (isSeen && now.st_nlink == 0) {
-        return;  // somebody has removed it, and it can be listed no more
+        return;  // somebody has removed it
     }
     if (isSeen && (now.st_mode & S_IRWXU) != S_IRWXU) {
         fchmod(descriptor, now.st_mode | S_IRWXU);
@@ -120,7 +120,7 @@ void PrivateDirectory::remove() {
 
 int PrivateDirectory::System::removeFolder() const {
     const int descriptor = folder->descriptor.get();
-    // Wherever it is by now.
+    // It may have been moved.
     const FileDescriptor parent(openat(descriptor, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct stat found {};
     const auto isHere = [&](const char* name) {

@@ -11,8 +11,8 @@ namespace tkcore {
 
 namespace {
 
-// In larger steps the system looks for larger stretches of memory, which may take several times as
-// long once it has filled its cache.
+// For larger steps the system needs larger blocks of memory. Finding those may take several times
+// as long once its cache is full.
 constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 
 }  // namespace

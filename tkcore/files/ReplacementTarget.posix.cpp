@@ -18,7 +18,7 @@ namespace tkcore {
 
 namespace {
 
-constexpr mode_t kNewFilePermissions = 0666;  // less the umask, which the system takes off
+constexpr mode_t kNewFilePermissions = 0666;  // the system takes off the umask
 constexpr mode_t kPermissionBits = 07777;
 constexpr std::uint64_t kStepToDisk = std::uint64_t{8} << 20U;
 
@@ -41,14 +41,14 @@ public:
 
 private:
     void findPlace();
-    /// What is in the place, if it may be replaced.
+    /// The file in the place, if any. Throws if it may not be replaced.
     std::optional<struct stat> lookAtPlace() const;
     void openFile();
     void openNamed();
     void removeTemporaryName() noexcept;
-    /// An unnamed file gets the name; false, with errno, if it does not.
+    /// Gives an unnamed file the name; false, with errno, on failure.
     bool link(const std::string& newName) const;
-    /// A file with a temporary name takes the place where nothing is; false, with errno, if not.
+    /// Moves a file with a temporary name to an empty place; false, with errno, on failure.
     bool renameToNothing();
     void linkToTemporaryName();
     void copyToNamed();
@@ -59,14 +59,14 @@ private:
     }
 
     LongFileName path;
-    LongFileName folderPath;    // once the links have been followed
+    LongFileName folderPath;    // after following links
     std::string name;           // in that folder
-    std::string temporaryName;  // empty while the file has no name that has to be removed
+    std::string temporaryName;  // to be removed; empty if there is none
     FileDescriptor folder;
     FileDescriptor file;
     mode_t permissions = kNewFilePermissions;
-    std::uint64_t givenToDisk = 0;  // bytes, from the start
-    bool isReplacing = false;       // an older file, whose permissions are kept whatever the umask
+    std::uint64_t givenToDisk = 0;  // bytes from the start of the file
+    bool isReplacing = false;       // replaces an older file and keeps its permissions
 };
 
 PosixTarget::PosixTarget(const LongFileName& filePath) : path(filePath) {
@@ -93,7 +93,7 @@ void PosixTarget::findPlace() {
         fail(folder ? ENOENT : errno, "create");
     }
     if (const std::optional<struct stat> older = lookAtPlace()) {
-        // The one way to ask that every system answers alike.
+        // Opening is the only test with the same result on every system.
         const FileDescriptor tried(
             ::openat(folder.get(), name.c_str(), O_WRONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
         if (!tried) {
@@ -122,7 +122,7 @@ std::optional<struct stat> PosixTarget::lookAtPlace() const {
 }
 
 void PosixTarget::openFile() {
-    // A file without a name is gone with the process, even if that is killed.
+    // The system removes a file without a name when the process ends, even by a kill.
     file = FileDescriptor(::openat(folder.get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, permissions));
     if (!file || !descriptorPathsWork(file)) {
         openNamed();
@@ -155,8 +155,8 @@ void PosixTarget::writeAt(std::uint64_t offset, const char* data, std::size_t si
     if (!writeAll({data, size}, write)) {
         fail(errno, "write");
     }
-    // The disk gets to work while we do, and is not waited for in the end. What fails then fails at
-    // bringToDisk().
+    // Let the disk write while we pack, so that the end need not wait. A failure here fails again
+    // in bringToDisk().
     if (end >= givenToDisk + kStepToDisk) {
         ::sync_file_range(file.get(), static_cast<off_t>(givenToDisk),
                           static_cast<off_t>(end - givenToDisk), SYNC_FILE_RANGE_WRITE);
@@ -169,7 +169,7 @@ void PosixTarget::bringToDisk() {
     if (isReplacing) {
         ::fchmod(file.get(), permissions);
     }
-    // EINVAL: a file system that has nothing to bring to a disk.
+    // EINVAL: a file system without a disk behind it.
     if (::fsync(file.get()) != 0 && errno != EINVAL) {
         fail(errno, "write");
     }
@@ -212,7 +212,7 @@ bool PosixTarget::renameToNothing() {
     const char* from = temporaryName.c_str();
     const char* to = name.c_str();
     bool isMoved = ::renameat2(folder.get(), from, folder.get(), to, RENAME_NOREPLACE) == 0;
-    // An older system, or a file system that cannot. A link replaces nothing either.
+    // An older system, or a file system that cannot do it. linkat() does not replace a file either.
     if (!isMoved && errno != EEXIST && ::linkat(folder.get(), from, folder.get(), to, 0) == 0) {
         removeTemporaryName();
         return true;
@@ -239,7 +239,7 @@ void PosixTarget::linkToTemporaryName() {
     copyToNamed();
 }
 
-/// For a system that gives an unnamed file no name.
+/// Copies an unnamed file to a named one, for a system that cannot give it a name.
 void PosixTarget::copyToNamed() {
     constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
     const FileDescriptor unnamed = std::move(file);
@@ -269,14 +269,14 @@ void PosixTarget::replace(const struct stat& older) {
     const char* from = temporaryName.c_str();
     const char* to = name.c_str();
     if (::renameat2(folder.get(), from, folder.get(), to, RENAME_EXCHANGE) != 0) {
-        // An older system, or a file system that cannot.
+        // An older system, or a file system that cannot do it.
         if (::renameat(folder.get(), from, folder.get(), to) != 0) {
             fail(errno, "replace");
         }
         temporaryName.clear();
         return;
     }
-    // Only what was looked at may go.
+    // Remove only the file that was checked.
     struct stat replaced {};
     if (::fstatat(folder.get(), from, &replaced, AT_SYMLINK_NOFOLLOW) == 0 &&
         !isSame(replaced, older)) {

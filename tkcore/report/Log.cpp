@@ -34,7 +34,7 @@ std::function<bool(const LongFileName&)>& noLog() {
     return predicate;
 }
 
-/// The log as TKCORE_LOG asks for it, read once.
+/// The log as TKCORE_LOG describes it. The variable is read once.
 class Log final {
 public:
     Log() {
@@ -69,8 +69,8 @@ public:
         const std::chrono::duration<double> elapsed = Clock::now() - kStart;
         char stamp[32];
         const int length = std::snprintf(stamp, sizeof stamp, "%.6f ", elapsed.count());
-        // Whole lines in one write keep those of two runs with one log file apart. The text may be
-        // all that an extractor has printed: it is not held a second time.
+        // Each write has whole lines, so that lines of two runs with one log file do not mix. The
+        // text may be the whole output of an extractor, so it is not copied as a whole.
         std::string lines;
         for (std::size_t start = 0; start <= text.size();) {
             const std::size_t end = std::min(text.find('\n', start), text.size());
@@ -111,11 +111,11 @@ private:
                 writeTo(Stream::kErrors, lines);
             }
         } catch (const std::system_error&) {
-            return;  // there is nowhere to tell it
+            return;  // there is no other place to report it
         }
     }
 
-    std::optional<OutputFile> file;  // else standard error
+    std::optional<OutputFile> file;  // none: standard error
     int level = -1;
     bool mayBeTerminal = true;
     AString reasonWhyOff;
@@ -134,7 +134,7 @@ Log& theLog() {
 void endQuietly() {
     try {
         if (std::current_exception()) {
-            throw;  // a copy would take memory
+            throw;  // to look at it without a copy, which needs memory
         }
     } catch (const std::exception& exception) {
         VelDebug(0, "uncaught exception: %s", exception.what());

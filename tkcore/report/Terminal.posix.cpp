@@ -37,11 +37,12 @@ constexpr std::string_view kEraseBelow = "\r\x1b[J";
 constexpr std::array kDeadlySignals{SIGQUIT, SIGILL,  SIGTRAP, SIGABRT, SIGBUS,
                                     SIGFPE,  SIGSEGV, SIGSYS,  SIGALRM};
 
-// What a handler of these signals has to know.
+// The state that a handler of these signals needs.
 std::atomic<int> terminal = -1;
 std::atomic<unsigned> shownColumns = 0;  // 0: no line is shown
 
-/// A way to the terminal that never blocks, unless it may not be opened again; then standard error.
+/// A descriptor of the terminal that never blocks; standard error if the terminal cannot be opened
+/// again.
 FileDescriptor openTerminal() {
     FileDescriptor opened(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     return opened ? std::move(opened) : FileDescriptor(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0));
@@ -53,21 +54,21 @@ unsigned terminalColumns() noexcept {
     return (isKnown ? size.ws_col : kUsualColumns) - 1;
 }
 
-/// A job in the background must not write into what another one shows; it might even be stopped.
+/// A job in the background must not write into another job's output, and might be stopped for it.
 bool isForeground() noexcept {
     const pid_t group = tcgetpgrp(terminal);
     return group <= 0 || group == getpgrp();
 }
 
-/// False if the terminal takes no text for so long: its output may have been stopped.
+/// False if the terminal takes no text within the time: the user may have stopped its output.
 bool write(std::string_view bytes, int milliseconds) noexcept {
     pollfd room{terminal, POLLOUT, 0};
     return isForeground() && poll(&room, 1, milliseconds) > 0 &&
            ::write(terminal, bytes.data(), bytes.size()) > 0;
 }
 
-/// The same, also for a job in the background, and of text that a terminal takes in parts. One that
-/// has taken none for so long is not waited for again.
+/// Writes also for a job in the background, and text that a terminal takes in parts. After one
+/// failure within the time it does not wait for the terminal again.
 void writeWithin(std::string_view bytes, int milliseconds) {
     static bool isStopped = false;
     const FileDescriptor opened = openTerminal();
@@ -83,14 +84,15 @@ void writeWithin(std::string_view bytes, int milliseconds) {
     }
 }
 
-/// A terminal that has become narrower shows the rest of a line in the next one.
+/// The code that erases the line. If the terminal has become narrower, it shows the line's rest
+/// below; then the code erases that, too.
 std::string_view eraser(unsigned columns) noexcept {
     return columns < shownColumns ? kEraseBelow : kEraseLine;
 }
 
 extern "C" void eraseAndEnd(int signal) {
     eraseTerminalLine();
-    raise(signal);  // what it does is the system's own choice again
+    raise(signal);  // now with the system's own action
 }
 
 void eraseBeforeDeath() {
@@ -105,9 +107,9 @@ void eraseBeforeDeath() {
     }
 }
 
-/// The user's choice of characters, for as long as it lives: what the terminal is set to. Any other
-/// than UTF-8 needs a converter that the C library loads, and a static program crashes in that of
-/// another version.
+/// While an object of this class exists, the user's character encoding, that of the terminal,
+/// applies. Any other than UTF-8 needs a converter that the C library loads; a static program
+/// crashes in a converter of another version.
 class UserLocale final {
 public:
     UserLocale() : previous(uselocale(locale())) {}
@@ -126,8 +128,8 @@ private:
     locale_t previous;
 };
 
-/// A character as the terminal gets it. Of no width are, among others, those that turn the
-/// direction of writing.
+/// A character as the terminal gets it. Characters that change the direction of writing, among
+/// others, have no width.
 struct Glyph final {
     explicit Glyph(wchar_t character) {
         const int width = wcwidth(character);
@@ -197,13 +199,13 @@ void TerminalLine::show(std::wstring_view text) {
     }
     const unsigned columns = terminalColumns();
     const FittedText fitted(text, columns);
-    // Back at its start the cursor waits: what the terminal itself shows of a key pressed, such as
-    // "^C", is then erased with the line, and does not go on in the next.
+    // Leave the cursor at the start of the line: the terminal's echo of a key, such as "^C", is
+    // then erased with the line and does not wrap to the next.
     std::string bytes = "\r" + fitted.bytes;
     bytes.append(eraser(columns).substr(1)).append("\r");
     const unsigned before = shownColumns;
     if (before != 0 && bytes == system->shownBytes) {
-        return;  // what costs most is to wake up the terminal
+        return;  // waking up the terminal costs most
     }
     shownColumns = std::max(before, fitted.columns);
     shownColumns = write(bytes, 0) ? fitted.columns : before;

@@ -12,7 +12,7 @@ namespace {
 constexpr int kNone = 0;
 constexpr int kTooLate = -1;
 
-// Either a request comes first, or the point of no return: one step decides it.
+// Atomic: one step decides whether a request or the point of no return came first.
 std::atomic<int> noted = kNone;
 std::atomic<bool> isRequested = false;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,

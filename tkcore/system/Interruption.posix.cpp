@@ -20,7 +20,7 @@ extern "C" void noteSuspension(int /*signal*/) {
     isSuspensionAsked = true;
 }
 
-/// Unless the caller of the program has switched the signal off.
+/// Sets the handler, unless the program's caller ignores the signal.
 void handle(int signal, void (*handler)(int)) {
     struct sigaction action {};
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
@@ -39,7 +39,7 @@ void noteInterruptions() {
         handle(signal, noteSignal);
     }
     handle(SIGTSTP, noteSuspension);
-    // A closed pipe and a file that may not grow are errors of a write, to be cleaned up after.
+    // Without these signals, writing to a closed pipe or beyond the file size limit only fails.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
@@ -56,7 +56,7 @@ void suspendIfAsked(const std::function<void()>& beforeIt, const std::function<v
         return;
     }
     beforeIt();
-    // The system suspends, or does not where there would be nobody to let us go on.
+    // The system suspends us, unless there is no process that could let us go on.
     std::signal(SIGTSTP, SIG_DFL);
     std::raise(SIGTSTP);
     handle(SIGTSTP, noteSuspension);

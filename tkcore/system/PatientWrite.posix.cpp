@@ -14,7 +14,8 @@ namespace tkcore {
 
 namespace {
 
-/// How long a request to end may go unnoticed, and how much longer the reader is waited for then.
+/// The longest time until a request to end is noticed, and the time to wait for the reader after
+/// it.
 constexpr int kMillisecondsToWait = 100;
 
 /// Waits until a write would not block; false once a request to end has come.
@@ -24,7 +25,7 @@ bool awaitRoom(int descriptor) noexcept {
         pollfd room{descriptor, POLLOUT, 0};
         const int count = poll(&room, 1, kMillisecondsToWait);
         if (count > 0 || (count < 0 && errno != EINTR)) {
-            return true;  // the write will tell
+            return true;  // the write will fail with the reason
         }
         if (isLast) {
             errno = EINTR;
@@ -33,8 +34,8 @@ bool awaitRoom(int descriptor) noexcept {
     }
 }
 
-/// How many bytes may be written without blocking once there is any room: a pipe guarantees
-/// PIPE_BUF, a file takes all.
+/// How many bytes can be written without blocking if there is any room: PIPE_BUF to a pipe, any
+/// number to a file.
 std::size_t mostAtOnce(int descriptor) noexcept {
     struct stat status {};
     const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);

@@ -8,7 +8,7 @@ namespace tkcore {
 
 namespace {
 
-/// Blocks all signals for the calling thread, and so for those that it starts meanwhile.
+/// Blocks all signals in the calling thread and in the threads that it starts meanwhile.
 class SignalBlock final {
 public:
     SignalBlock() {
@@ -25,8 +25,8 @@ private:
     sigset_t older{};
 };
 
-/// The system gives a thread as much stack as the caller's limit on the stack says, be it hardly
-/// any; the library has no other way to say how much a thread of its own gets.
+/// Sets the stack size of new threads. Otherwise it is the caller's limit on the stack, which may
+/// be very low. std::jthread offers no other way.
 void setUsualStackSize() {
     constexpr std::size_t kStackSize = std::size_t{1} << 20U;
     pthread_attr_t attributes;

@@ -8,7 +8,7 @@
 namespace tkcore {
 
 void openMissingStreams() noexcept {
-    // The system gives the lowest number that is free.
+    // The system gives the lowest free number.
     for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
         if (fcntl(number, F_GETFD) < 0 && open("/dev/null", O_RDWR) != number) {
             return;

@@ -6,8 +6,8 @@
 
 #include <boost/locale/utf.hpp>
 
-// The narrow code page is UTF-8 whatever the locale says: a script's LANG=C must not change what
-// a run writes.
+// The narrow code page is UTF-8, whatever the locale: a script's LANG=C must not change the output
+// of a run.
 
 namespace tkcore {
 
@@ -21,18 +21,18 @@ constexpr code_point kEscapedByte = 0xDC00;
 constexpr code_point kFirstEscape = kEscapedByte + 0x80;
 constexpr code_point kLastEscape = kEscapedByte + 0xFF;
 
-// Nearly all text is ASCII, and a child may print hundreds of megabytes of it.
+// ASCII has a fast path: nearly all text is ASCII, and a child may print hundreds of megabytes.
 constexpr code_point kLastAscii = 0x7F;
 
 bool isAscii(char character) {
     return static_cast<unsigned char>(character) <= kLastAscii;
 }
 
-// Where a wide character has 16 bits, those beyond the first plane are two of them.
+// If a wide character has 16 bits, characters beyond the first plane take two of them.
 constexpr bool kHasPairs = sizeof(wchar_t) == 2;
 
-/// Whether two halves of one character stand first. What widen() has made of an invalid byte looks
-/// like a second half, but it never stands behind a first.
+/// Whether the text begins with the two halves of one character. An invalid byte in the form of
+/// widen() looks like a second half, but never follows a first half.
 bool startsWithPair(std::wstring_view text) {
     using Utf16 = boost::locale::utf::utf_traits<char16_t>;
     return kHasPairs && text.size() > 1 &&

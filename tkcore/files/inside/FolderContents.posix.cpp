@@ -18,14 +18,15 @@ namespace {
 
 constexpr int kReadFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-/// The directory of that name, with all rights for us; none if there is no such directory.
+/// Opens the directory of that name and sets all rights for its owner; none if there is no such
+/// directory.
 FileDescriptor openToEmpty(int folder, const char* name) {
     FileDescriptor opened(openat(folder, name, kReadFolder));
     if (!opened && errno == EACCES) {
         const FileDescriptor place(
             openat(folder, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        // Only by this path can rights be changed of what may not be opened, and of nothing else
-        // that may have taken its name.
+        // This path changes the rights even if the directory may not be opened, and never those of
+        // something else that has got its name.
         if (place) {
             chmod(descriptorPath(place).c_str(), S_IRWXU);
         }
@@ -38,8 +39,8 @@ FileDescriptor openToEmpty(int folder, const char* name) {
     return opened;
 }
 
-/// One way over a folder. A directory that holds directories has them brought up to the top, so
-/// that no depth takes more descriptors or stack than another.
+/// One pass over a folder. It moves the directories of its directories to the top, so that any
+/// depth needs the same number of descriptors and the same stack.
 class Sweep final {
 public:
     Sweep(int folder, unsigned& nameCount) : top(folder), count(nameCount) {}
@@ -73,7 +74,7 @@ private:
     }
 
     void bringUp(int inner, const char* name) {
-        // With the rights that it takes to move a directory.
+        // openToEmpty() sets the rights that moving a directory needs.
         if (unlinkat(inner, name, 0) != 0 && openToEmpty(inner, name)) {
             const std::string newName = ".removed-" + std::to_string(++count);
             moved = renameat(inner, name, top, newName.c_str()) == 0 || moved;
@@ -90,7 +91,7 @@ private:
 }  // namespace
 
 int forEachName(int folder, const std::function<void(const char*)>& action) {
-    // Without the library's listing, which takes a descriptor of its own, and memory.
+    // Do not use the library's listing: it needs another descriptor, and memory.
     alignas(dirent64) std::array<char, 4096> entries;
     if (lseek(folder, 0, SEEK_SET) < 0) {
         return errno;
@@ -112,7 +113,7 @@ int forEachName(int folder, const std::function<void(const char*)>& action) {
 }
 
 int emptyFolder(int folder) {
-    // Somebody may go on putting files there.
+    // A limit, because somebody may create files there without end.
     constexpr int kMostSweeps = 10'000;
     unsigned nameCount = 0;
     for (int sweeps = 0; sweeps < kMostSweeps; ++sweeps) {

@@ -8,7 +8,7 @@ namespace tkcore {
 
 std::error_code removeTree(const LongFileName& path) {
     std::string text = VEL_ANSI(path);
-    // Behind a separator a link would be followed.
+    // With a separator at the end of the path the system would follow a link.
     while (text.size() > 1 && text.ends_with('/')) {
         text.pop_back();
     }

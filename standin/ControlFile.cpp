@@ -15,7 +15,7 @@ bool isName(std::string_view text) {
     });
 }
 
-// A net name may be long; an error line need not be.
+// A shortened line for an error text, as a net name may be long.
 std::string shown(std::string_view line) {
     constexpr std::size_t kLongest = 80;
     std::string text = "\"";
@@ -23,7 +23,7 @@ std::string shown(std::string_view line) {
     return text;
 }
 
-// Walks the text line by line, and knows the number of the line it looks at.
+// Walks the text line by line and counts the lines.
 class LineCursor final {
 public:
     explicit LineCursor(std::string_view text) : rest(text) { readLine(); }
@@ -101,7 +101,7 @@ Condition parseCondition(const LineCursor& lines, std::string_view text) {
     rest.remove_prefix(spaced ? 1 : 0);
 
     if (rest.starts_with('\'')) {
-        // Quotes inside a net name are not escaped, so only the line's end closes the literal.
+        // Quotes inside a net name are not escaped, so the literal ends only with the line.
         if (rest.size() < 2 || !rest.ends_with('\'')) {
             malformed("the closing quote must end the line");
         }

@@ -32,8 +32,8 @@ public:
         : std::runtime_error("line " + std::to_string(lineNumber) + ": " + text) {}
 };
 
-// Takes the whole text of a control file apart; at least one block. Throws ControlFileError for
-// whatever does not follow the format to the byte. Time and memory are linear in the text.
+// Parses the whole text of a control file, at least one block. Throws ControlFileError for any
+// deviation from the format. Time and memory are linear in the text.
 std::vector<ViewBlock> parseControlFile(std::string_view text);
 
 }  // namespace standin

@@ -14,7 +14,7 @@ Database::Database(std::string databasePath, int flags) : path(std::move(databas
     if (result != SQLITE_OK) {
         fail();
     }
-    // On Windows those that begin to read at the same moment shut each other out.
+    // On Windows processes that begin to read at the same moment lock each other out.
     constexpr int kPatienceMilliseconds = 60'000;
     sqlite3_busy_timeout(opened, kPatienceMilliseconds);
 }
@@ -41,7 +41,7 @@ Statement::Statement(const Database& owner, const std::string& sql) : database(o
 }
 
 void Statement::bind(int position, std::string_view text) {
-    // A null pointer would bind NULL, which no comparison finds.
+    // A null pointer would bind NULL, which equals nothing.
     const char* bytes = text.empty() ? "" : text.data();
     if (sqlite3_bind_text64(statement.get(), position, bytes, text.size(), SQLITE_STATIC,
                             SQLITE_UTF8) != SQLITE_OK) {
@@ -63,7 +63,7 @@ void Statement::rewind() {
 }
 
 std::string_view Statement::text(int column) const {
-    // A blob and not a text: bytes that are no UTF-8 then pass without a conversion.
+    // Read a blob, not a text, so that bytes that are not UTF-8 are not converted.
     const void* bytes = sqlite3_column_blob(statement.get(), column);
     const int size = sqlite3_column_bytes(statement.get(), column);
     return bytes == nullptr

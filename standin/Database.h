@@ -16,8 +16,8 @@ public:
 
 class Database final {
 public:
-    // The flags are those of sqlite3_open_v2. Opening reads nothing: a file that is no database is
-    // noticed by the first statement.
+    // The flags are those of sqlite3_open_v2. Opening reads nothing: if the file is no database,
+    // the first statement fails.
     Database(std::string path, int flags);
 
     void execute(const std::string& sql);
@@ -37,10 +37,10 @@ class Statement final {
 public:
     Statement(const Database& database, const std::string& sql);
 
-    // Positions count from 1. The text is not copied: it must stay until the statement is rewound.
+    // Positions count from 1. The text is not copied and must stay until the statement is rewound.
     void bind(int position, std::string_view text);
     bool step();  // true while there is a row
-    // Makes the statement ready for another execution, every parameter NULL again.
+    // Prepares the statement for another execution and sets every parameter to NULL.
     void rewind();
     // Columns count from 0; NULL reads as the empty text. Valid until the next step.
     [[nodiscard]] std::string_view text(int column) const;
@@ -53,7 +53,7 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalize> statement;
 };
 
-// A name as SQL writes it. Only for names of letters, digits and underscores.
+// A name in SQL's quotes. Only for names of letters, digits and underscores.
 inline std::string quotedName(std::string_view name) {
     return '"' + std::string(name) + '"';
 }

@@ -25,7 +25,7 @@ struct RecordClassRow {
     std::uint64_t perThousand;
 };
 
-// The last four are there to be filtered out.
+// The filters of the views remove the last four.
 constexpr auto kRecordClasses = std::to_array<RecordClassRow>({
     {"CONDUCTOR", 420},
     {"VIA CLASS", 310},
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    // What the two views have in common is said once.
+    // Sets a field that both views have.
     template <FieldName kName>
     void both(std::string_view value) {
         connectivity.set<kName>(value);
@@ -154,7 +154,7 @@ private:
         constexpr std::int64_t kLongest = 2'000'000;
         const std::int64_t x = random.around(0, kHalfPackage - kLongest);
         const std::int64_t y = random.around(0, kHalfPackage - kLongest);
-        // The order in which an expression's parts are evaluated is free, a draw's order is not.
+        // One draw in each statement: the order of evaluation within an expression is not fixed.
         const std::string startX = micrometres(x);
         const std::string startY = micrometres(y);
         const std::string endX = micrometres(random.around(x, kLongest));

@@ -17,8 +17,9 @@ struct DesignSize {
 inline constexpr std::uint64_t kMostNets = 100'000;
 inline constexpr std::uint64_t kMostRecords = 1'000'000'000;
 
-// Fills an empty database with a made-up package. The same size gives the same rows everywhere.
-// Calls progress now and then with the count of records written; what it throws passes through.
+// Fills an empty database with a made-up package. The same size gives the same rows on every
+// machine. Calls progress now and then with the number of records written; its exceptions pass
+// through.
 void generateDesign(Database& database, const DesignSize& size,
                     const std::function<void(std::uint64_t)>& progress);
 

@@ -6,7 +6,7 @@
 
 namespace standin {
 
-// A view keyword and the fields that can be asked for, those used only in filters included.
+// A view keyword and the fields that can be asked for, including those used only in filters.
 template <std::size_t kCount>
 struct ViewTable {
     std::string_view keyword;

@@ -1,4 +1,4 @@
-// Plays the layout system's extraction tool on a design that make-design wrote.
+// Stands in for the layout system's extraction tool, on designs that make-design wrote.
 
 #include <algorithm>
 #include <cstdlib>
@@ -72,7 +72,7 @@ Arguments parseArguments(const std::vector<std::string>& words) {
 std::string readWhole(const std::string& path) {
     std::ifstream file(toPath(path), std::ios::binary);
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    // A directory opens like a file and only fails to be read.
+    // A directory can be opened like a file; only reading it fails.
     if (!file.is_open() || file.bad() || std::filesystem::is_directory(toPath(path))) {
         throw std::runtime_error(path + ": cannot read the control file");
     }
@@ -105,7 +105,7 @@ void extractViews(const Arguments& arguments, OutputShape shape) {
         refuseToOverwriteInput(arguments);
         const Database design(arguments.design, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
         const std::vector<std::string> jFields = designRecord(design, arguments.design);
-        // All queries first: a mistake in the last block must not leave output of the first.
+        // Make all queries first: an error in the last block must not leave output of the first.
         std::list<ViewQuery> queries;
         for (const ViewBlock& block : blocks) {
             queries.emplace_back(design, block);
@@ -146,7 +146,7 @@ int main(int argumentCount, char** argumentValues) {
         }
         return run(parseArguments(words));
     } catch (const std::exception& error) {
-        // One line, whatever the value or the path that is named in it.
+        // Keep it one line, whatever value or path it names.
         std::string line = error.what();
         std::replace_if(
             line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');

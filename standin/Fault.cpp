@@ -98,7 +98,7 @@ void flood(std::uint64_t bytes) {
     }
 }
 
-// The child leaves the session, so that only ending the whole process tree reaches it.
+// The child leaves the session, so that only an end of the whole process tree reaches it.
 [[noreturn]] void hang(const Trace& trace) {
     start(ownProgram(), {kHangingChildOption, trace.processName()}, Session::kItsOwn);
     sleepForEver();
@@ -144,7 +144,7 @@ std::optional<int> sufferBeforeOutput(const std::vector<Fault>& faults, const Tr
                 endBySignal(static_cast<int>(fault.amount));
                 break;
             default:
-                break;  // strikes during or after the output
+                break;  // happens during or after the output
         }
     }
     return std::nullopt;

@@ -25,7 +25,7 @@ enum class FaultAction {
     kKill,
 };
 
-// With this option and the name for its trace, the program is the child of one that hangs.
+// With this option and a name for the trace, the program is the child of a hanging stand-in.
 inline constexpr char kHangingChildOption[] = "--hanging-child";
 
 struct Fault {
@@ -35,11 +35,11 @@ struct Fault {
     std::string text;
 };
 
-// The actions of the rules "MATCH=ACTION;MATCH=ACTION..." whose MATCH the output's name contains,
-// in their order. Throws std::runtime_error for a rule that cannot be read.
+// Rules are "MATCH=ACTION;MATCH=ACTION...". Returns the actions, in their order, whose MATCH is
+// part of the output's name. Throws std::runtime_error for a rule that cannot be parsed.
 std::vector<Fault> faultsFor(std::string_view rules, std::string_view outputName);
 
-// Both give the exit code to leave with at once, or nothing to go on. The first may never return.
+// Both return the exit code to end with at once, or nothing to go on. The first may never return.
 std::optional<int> sufferBeforeOutput(const std::vector<Fault>& faults, const Trace& trace);
 std::optional<int> sufferAfterOutput(const std::vector<Fault>& faults);
 

@@ -94,7 +94,7 @@ Options parseOptions(const std::vector<std::string>& words) {
     return options;
 }
 
-// A name beside the final one. Whatever stands there when the object goes was not finished.
+// A temporary name beside the final one. The destructor removes an unfinished file there.
 class UnfinishedFile final {
 public:
     explicit UnfinishedFile(std::string finalPath)
@@ -149,7 +149,7 @@ void makeDesign(const Options& options) {
     {
         Database database(file.name(),
                           SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
-        // Nobody reads the file before it is whole, so there is nothing to recover.
+        // Nobody reads the file before it is complete, so no journal is needed.
         database.execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF");
         generateDesign(database, options.size,
                        [&](std::uint64_t done) { reportProgress(done, options.size.records); });

@@ -7,14 +7,14 @@
 
 namespace standin {
 
-// A file that is written from front to back through a large buffer. Failures throw
-// std::runtime_error with the path and the system's reason.
+// A file to write from its start to its end, with a large buffer. Failures throw std::runtime_error
+// with the path and the system's reason.
 class OutputFile final {
 public:
     explicit OutputFile(std::string path);
 
     void write(std::string_view bytes);
-    // A full disk may be reported as late as here; without it the file counts as abandoned.
+    // Call this at the end: a full disk may be reported only here.
     void close();
 
 private:

@@ -11,8 +11,8 @@ namespace {
 constexpr auto kSupplyNames = std::to_array<const char*>(
     {"GND", "VDD_CORE", "VDDQ", "VDD_IO", "VSSA", "VDDA_PLL", "VCC_1V8", "VDD_SRAM", "VREF"});
 
-// Quotes, blanks, commas, bytes that are no UTF-8, words of the control file. The first and the
-// third agree once every character but letters, digits, "-" and "_" becomes "_".
+// Quotes, blanks, commas, bytes that are not UTF-8, words of the control file. The first and the
+// third become equal when every character but letters, digits, "-" and "_" becomes "_".
 constexpr auto kOddNames = std::to_array<std::string_view>({
     "VDD 'CORE',1",
     "SENSE\xC3\x28\xFF",
@@ -28,7 +28,7 @@ constexpr auto kOddNames = std::to_array<std::string_view>({
     "VDD*?\"<>|:;#%&$@[]{}^~`+5V",
 });
 
-// The largest whole number whose square is not above the value.
+// The largest whole number whose square is at most the value.
 std::uint64_t integerRoot(std::uint64_t value) {
     std::uint64_t root = 0;
     for (std::uint64_t bit = std::uint64_t{1} << 31; bit != 0; bit >>= 1) {
@@ -38,7 +38,7 @@ std::uint64_t integerRoot(std::uint64_t value) {
     return root;
 }
 
-// Falls with the rank to the power of one and a half: the four largest nets hold most records.
+// Falls with the rank to the power of 1.5, so the four largest nets have most of the records.
 std::uint64_t weightOfRank(std::uint64_t rank) {
     return 1'000'000'000'000 / integerRoot(rank * rank * rank * 10'000);
 }

@@ -46,7 +46,7 @@ struct Net {
     std::string name;
     std::string busName;
     std::string differentialPair;
-    std::uint64_t cumulativeWeight = 0;  // of the nets up to this one: its share of the records
+    std::uint64_t cumulativeWeight = 0;  // sum up to this net; weights are shares of the records
     std::uint64_t nodeCount = 0;
 };
 
@@ -69,7 +69,7 @@ struct Pin {
     std::int64_t y;
 };
 
-// The standard distributions differ from library to library, the generator does not.
+// The standard distributions differ between libraries; this generator does not.
 class Random final {
 public:
     explicit Random(std::uint64_t seed) : generator(seed) {}
@@ -97,7 +97,7 @@ inline constexpr std::size_t kLargeComponents = 3;
 // Rows by letters, columns by numbers, as a ball map names them.
 Pin pinAt(const Component& component, std::uint64_t row, std::uint64_t column);
 
-// A net by its weight.
+// Draws a net by its weight.
 Net& pickNet(std::vector<Net>& nets, Random& random);
 
 // Nanometres as micrometres with three decimals.

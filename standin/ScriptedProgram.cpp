@@ -1,6 +1,5 @@
-// A program that does what the text beside it says, where an extracta is wanted that behaves in a
-// way of its own. The text has its path with ".commands" behind it, and one of the commands below
-// on each line.
+// Follows a script, for tests that need an extracta with a special behaviour. The script's path is
+// the program's path and ".commands". Each of its lines is one of the commands below.
 
 #include <algorithm>
 #include <chrono>
@@ -23,13 +22,13 @@ namespace {
 namespace fs = std::filesystem;
 using Mode = standin::WritableFile::Mode;
 
-std::vector<char*> arguments;  // the program first, null behind the last
+std::vector<char*> arguments;  // the program first, null after the last
 
 std::string argument(std::size_t number) {
     return number + 1 < arguments.size() ? arguments[number] : "";
 }
 
-/// Values stand where extracta is given them, whatever they hold.
+/// Replaces the names of values by extracta's arguments, found by their position.
 std::string expand(std::string text) {
     const std::pair<std::string_view, std::string> values[] = {
         {"$design", argument(4)},

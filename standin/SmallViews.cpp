@@ -135,7 +135,7 @@ void writeOutlines(Database& database) {
     }
 }
 
-// Every fourth has a drill array, every fourth is drilled back from one side, the rest is plain.
+// One in four has a drill array, one in four is drilled back from one side, the rest is plain.
 void writeCompositePads(Database& database, std::vector<Net>& nets, Random& random) {
     constexpr std::int64_t kCompositePads = 40;
     TableWriter<kCompositePadTable> table(database);

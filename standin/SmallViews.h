@@ -7,8 +7,8 @@
 
 namespace standin {
 
-// Writes every view but connectivity and full geometry: those whose size does not depend on the
-// count of records.
+// Writes all views but connectivity and full geometry. The size of these views does not depend on
+// the number of records.
 void writeSmallViews(Database& database, std::vector<Net>& nets,
                      const std::vector<Component>& components, Random& random);
 

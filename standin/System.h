@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
-// All that the stand-in's programs ask of the operating system itself. The texts are UTF-8 or,
-// where the system allows it, any bytes.
+// Everything that the stand-in's programs need of the operating system. Texts are UTF-8 or, where
+// the system allows it, any bytes.
 
 namespace standin {
 
-/// The path of a text, whatever its length, and the text of a path.
+/// The path, of any length, of a text, and the text of a path.
 std::filesystem::path toPath(const std::string& text);
 std::string pathText(const std::filesystem::path& path);
 
@@ -25,11 +25,11 @@ public:
     WritableFile(const WritableFile&) = delete;
     WritableFile& operator=(const WritableFile&) = delete;
 
-    /// Both are false on failure, lastFailure() then tells why. What is appended is written in one
-    /// piece, so that the lines of processes that run side by side do not mix.
+    /// Both return false on failure, with the reason in lastFailure(). An appended text is one
+    /// write, so that lines of several processes do not mix.
     [[nodiscard]] bool isOpen() const;
     bool write(std::string_view bytes);
-    /// A full disk may be reported as late as here.
+    /// A full disk may be reported only here.
     bool close();
 
 private:
@@ -37,7 +37,7 @@ private:
     std::unique_ptr<OpenFile> file;
 };
 
-/// The system's text on why the last of these has failed.
+/// The system's text for the last failure of these functions.
 std::string lastFailure();
 
 /// Writes all of the bytes as they are; false on failure.
@@ -47,29 +47,28 @@ bool isStandardErrorATerminal();
 
 unsigned long processNumber();
 
-/// The path by which this program was started, links followed.
+/// The path by which this program was started, with links followed.
 std::filesystem::path ownProgram();
 
 [[noreturn]] void sleepForEver();
 
-/// Ends this process by the signal or, where there are none, with exit code 128 + signal.
+/// Ends this process by the signal or, on a system without signals, with exit code 128 + signal.
 void endBySignal(int signal);
 
-/// Starts a program and does not wait for it. In a session of its own nothing reaches it that is
-/// sent to the programs of this terminal. Throws std::system_error.
+/// Starts a program and does not wait for it. In its own session it does not get the signals of
+/// this terminal. Throws std::system_error.
 enum class Session { kOurs, kItsOwn };
 void start(const std::filesystem::path& program, const std::vector<std::string>& arguments,
            Session session);
 
-/// Goes on as another program with the arguments that main() was given, and ends as that one does.
-/// Throws std::system_error.
+/// Continues as another program, with main()'s arguments, and ends as that program does. Throws
+/// std::system_error.
 [[noreturn]] void become(const std::filesystem::path& program, char** argv);
 
-/// Throws std::system_error, always where the system has none.
+/// Throws std::system_error; always on a system without FIFOs.
 void makeFifo(const std::filesystem::path& path);
 
-/// The name of the database library's access to files that knows paths of any length; null: the
-/// usual one does.
+/// The name of the database library's file access for paths of any length; null for the usual one.
 const char* databaseFileAccess();
 
 }  // namespace standin

@@ -12,10 +12,10 @@
 
 namespace standin {
 
-// A field name as a template argument, so that a name the table lacks does not compile.
+// A field name as a template argument: a name that the table does not have fails to compile.
 template <std::size_t kSize>
 struct FieldName {
-    // Not explicit: a literal must convert by itself, and a literal is such an array.
+    // Not explicit, so that a literal converts to a field name.
     consteval FieldName(const char (&literal)[kSize]) {  // NOLINT(modernize-avoid-c-arrays)
         std::copy_n(literal, kSize, text.begin());
     }
@@ -45,7 +45,7 @@ public:
         }
     }
 
-    // A whole row in the order of the table.
+    // Inserts a whole row in the order of the table.
     template <typename... Texts>
     void insertRow(const Texts&... texts) {
         static_assert(sizeof...(Texts) == kTable.fields.size(), "a row has a value for each field");
@@ -54,7 +54,7 @@ public:
         insert();
     }
 
-    // Fields that were not set since the last row stay NULL.
+    // Fields that are not set stay NULL.
     void insert() {
         for (std::size_t index = 0; index < values.size(); ++index) {
             if (!values[index].empty()) {

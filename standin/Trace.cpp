@@ -33,7 +33,7 @@ Trace::~Trace() {
     try {
         reportToTrace("end", name);
     } catch (const std::exception&) {
-        // The start line was written; a reader notices that the end is missing.
+        // The start line is there; readers notice that the end is missing.
         return;
     }
 }

@@ -5,12 +5,11 @@
 
 namespace standin {
 
-// Appends "EVENT NAME PID NANOSECONDS" to the file named by EXTRACTA_STANDIN_TRACE, if there is
-// that variable; the clock is monotonic and the same for all processes.
+// Appends "EVENT NAME PID NANOSECONDS" to the file in EXTRACTA_STANDIN_TRACE, if that variable is
+// set. The clock is monotonic and the same for all processes.
 void reportToTrace(std::string_view event, const std::string& name);
 
-// Tells the trace when this process started and ended. A process that is killed leaves no "end"
-// line.
+// Writes the start and the end of this process to the trace. A killed process leaves no "end" line.
 class Trace final {
 public:
     explicit Trace(std::string name);

@@ -7,7 +7,7 @@ namespace standin {
 namespace {
 
 std::vector<std::string> columnsOf(const Database& design, const ViewBlock& block) {
-    // The name is compared as bytes: SQL itself would take "net" for "NET".
+    // Compare the name as bytes: SQL itself ignores case in names.
     Statement query(design,
                     "SELECT c.name FROM sqlite_master AS t, pragma_table_info(t.name) AS c "
                     "WHERE t.type = 'table' AND t.name = ? ORDER BY c.cid");
@@ -30,7 +30,7 @@ void requireColumn(const ViewBlock& block, const std::vector<std::string>& colum
     }
 }
 
-// A record that says nothing about a field compares like one that says the empty text.
+// A field that a record does not have compares like an empty one.
 std::string comparable(const std::string& field) {
     return "COALESCE(CAST(" + quotedName(field) + " AS TEXT), '')";
 }

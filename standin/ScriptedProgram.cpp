@@ -82,7 +82,8 @@ void print(const std::string& bytes) {
 }
 
 void awaitUntil(const auto& condition) {
-    // Hundreds that wait at once must not take the machine from those that they wait for.
+    // Poll ever more slowly: hundreds of waiting processes must not take the processor from those
+    // that they wait for.
     constexpr std::chrono::milliseconds kLongest{100};
     std::chrono::milliseconds pause{2};
     while (!condition()) {

@@ -1,4 +1,4 @@
-// The stand-in extractor's reader of control files.
+// Fuzzes the stand-in extractor's reader of control files.
 
 #include <string>
 #include <string_view>
@@ -41,7 +41,7 @@ std::string written(const std::vector<ViewBlock>& blocks) {
     return text;
 }
 
-/// The text without what may be spelled in more than one way.
+/// The text without parts that have more than one spelling.
 std::string essence(std::string text) {
     std::erase_if(text, [](char byte) {
         return std::string_view(" '\t\r\n").find(byte) != std::string_view::npos;

@@ -22,7 +22,7 @@ int main(int argc, char* argv[]) {
     std::size_t replayed = 0;
     for (int i = 1; i < argc; ++i) {
         for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-            std::cout << entry.path().filename() << std::endl;  // known even if it crashes
+            std::cout << entry.path().filename() << std::endl;  // flushed, as it may crash
             const std::string bytes = readBytes(entry.path());
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
                                    bytes.size());

@@ -1,4 +1,4 @@
-// The reader of view files, from memory into a table and in steps into both of its receivers.
+// Fuzzes the reader of view files: from memory into a table, and in steps into both receivers.
 
 #include <string>
 #include <string_view>
@@ -14,8 +14,8 @@ namespace {
 constexpr char kPath[] = "fuzzed.txt";
 constexpr std::string_view kLineEnd = "\r\n";
 
-/// The text with each run of line ends made one, and one at its end: the spelling that can be
-/// written again from a table.
+/// The text with a single line end in place of several, and one at its end. A table can be written
+/// in this form only.
 std::string canonicalText(std::string_view text) {
     std::string canonical;
     while (!text.empty()) {
@@ -48,7 +48,7 @@ std::string writtenRecords(const ExtractaViewData& table) {
     return text;
 }
 
-/// All that stands in a whole file is in its table, byte for byte and in order.
+/// Checks that the table has all of a complete file, byte for byte and in order.
 void checkWholeFile(std::string_view text, const ExtractaViewData& table) {
     const std::string canonical = canonicalText(text);
     const std::size_t headerEnd = canonical.find(kLineEnd);
@@ -66,7 +66,7 @@ void checkWholeFile(std::string_view text, const ExtractaViewData& table) {
     }
 }
 
-/// The failure's text, or none.
+/// The failure's text; empty on success.
 std::string readFromMemory(std::string_view text, ExtractaViewData& table) {
     try {
         parseViewText(text, kPath, table);

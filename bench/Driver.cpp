@@ -1,7 +1,7 @@
-// bench-driver PART ARGUMENT...: puts one piece of the product under load, for bench/run to time.
+// bench-driver PART ARGUMENT...: puts one part of the product under load, for bench/run to time.
 //
-// The last line that a part prints is what it took: seconds of wall time, of processor time in
-// user mode, of processor time in the system, how often it slept, and bytes of memory at the peak.
+// The last printed line shows the cost: seconds of wall time, of processor time in user mode and of
+// processor time in the system, the number of sleeps, and the peak memory in bytes.
 
 #include <algorithm>
 #include <array>
@@ -49,7 +49,8 @@ int parseNumber(std::string_view text) {
     return number;
 }
 
-/// The system's own count of peaks (getrusage) includes whoever has started this program.
+/// The peak memory of this program alone. The system's own count (getrusage) includes the program
+/// that started this one.
 long peakMemory() {
     constexpr long kUnit = 1024;
     std::ifstream status("/proc/self/status");
@@ -124,7 +125,7 @@ void rank(Arguments arguments) {
     reportSince(begin);
 }
 
-/// FILE: prints only the bare names of the view files, in the order of the control file's blocks.
+/// FILE: prints only the names of the view files, in the order of the control file's blocks.
 void writeControlFile(Arguments arguments) {
     std::ostringstream text;
     WriteControlFile(text, kStandardViews, {});
@@ -136,8 +137,8 @@ void writeControlFile(Arguments arguments) {
     }
 }
 
-/// LIMIT DIRECTORY NAME...: reports the waiting alone, once every child was started or queued. On a
-/// terminal, the status line shows them.
+/// LIMIT DIRECTORY NAME...: reports only the waiting, after every child was started or queued. On a
+/// terminal, the status line shows the children.
 void runPool(Arguments arguments) {
     ExtractaViewGenerator::maxConcurrentExtractas = parseNumber(arguments[0]);
     tkcore::LongFileName workingDirectory(arguments[1]);
@@ -157,8 +158,8 @@ void runPool(Arguments arguments) {
     reportSince(begin);
 }
 
-/// ... NAME: sleeps as many milliseconds as the name, for a child of the pool its view file, says
-/// behind the last "_": 20 for "net7_20.txt". Writes and prints nothing.
+/// ... NAME: sleeps for the milliseconds behind the last "_" of the name: 20 for "net7_20.txt", a
+/// child's view file. Writes and prints nothing.
 void sleepAsNamed(Arguments arguments) {
     std::string_view name = arguments.back();
     name.remove_prefix(name.rfind('_') + 1);
@@ -176,7 +177,7 @@ constexpr Part kParts[] = {
     {"pack", 2, pack},       {"merge", 2, merge},
     {"rank", 1, rank},       {"control-file", 1, writeControlFile},
     {"pool", 3, runPool},    {"child", 1, sleepAsNamed},
-    {"-k", 1, sleepAsNamed},  // a child that is called as extracta is
+    {"-k", 1, sleepAsNamed},  // a child with extracta's command line
 };
 
 }  // namespace

@@ -21,7 +21,7 @@ TEST(CommandLine, isScannedForOptionsBeforeTheLastTwoArguments) {
     const auto none = scan({"VelExtracta", "z", "--z", "-zz", "-q", "-z", "-cell"});
     EXPECT_FALSE(none.zip);
     EXPECT_TRUE(none.standardViews);
-    // The first is looked at, and a value is an option, too.
+    // The first argument is scanned, and a value is scanned as an option, too.
     EXPECT_TRUE(scan({"-Z", "a.mcm", "out"}).zip);
     const auto options = scan({"/CeLL", "-n", "A,,B,", "/N", "/z", "a.mcm", "out"});
     EXPECT_TRUE(options.zip);

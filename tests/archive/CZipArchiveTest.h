@@ -33,7 +33,7 @@ protected:
         }
         zip.Close(CZipArchive::kNormalClose, false);
     }
-    /// The path without what leads to its first folder, with a "/" between its names.
+    /// The path without the part before its first folder, with "/" between its names.
     static std::string entryNameOf(const fs::path& path) {
         return path.relative_path().generic_string();
     }

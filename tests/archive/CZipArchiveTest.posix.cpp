@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// They have a malloc of their own, and need some stack themselves.
+// Sanitizers have their own malloc, and need more stack.
 constexpr std::size_t kLittleStack = std::size_t{1} << 20U;
 #else
 constexpr std::size_t kLittleStack = std::size_t{48} << 10U;

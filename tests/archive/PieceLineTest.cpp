@@ -13,7 +13,7 @@ namespace {
 
 std::atomic<int> workingThreads = 0;
 
-/// Counts the threads that have worked and still run.
+/// Counts the running threads that have processed a piece.
 class Worker final : public PieceWorker {
 public:
     explicit Worker(std::function<void(Piece&)> action) : act(std::move(action)) {}
@@ -32,7 +32,7 @@ private:
 
 class PieceLineTest : public testing::Test {
 protected:
-    /// What the line gives back of so many pieces, by the first byte of each.
+    /// The first bytes of the pieces that the line returns.
     std::vector<int> numbers(unsigned threads, int pieces, std::function<void(Piece&)> action) {
         int piecesRead = 0;
         const auto read = [&](std::span<std::byte> room) -> std::size_t {

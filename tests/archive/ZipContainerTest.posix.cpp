@@ -15,9 +15,9 @@ namespace {
 
 constexpr std::uint64_t kMark = kZip64Mark;
 constexpr std::uint32_t kPermissions = 0644;
-const std::string kLast = "last";  // the name of each archive's last entry, and what is in it
+const std::string kLast = "last";  // name and contents of each archive's last entry
 
-/// How other programs list the entries of an archive, a line each, and read the last one.
+/// Commands of other programs that list an archive's entries, a line each, and read the last one.
 constexpr struct {
     const char* list;
     const char* read;
@@ -32,11 +32,11 @@ std::uint32_t checksumOf(const std::string& bytes) {
     return libdeflate_crc32(0, bytes.data(), bytes.size());
 }
 
-/// Archives at the limits of the format, as other programs see them. These read every header; the
-/// bytes of entries that are too large for that here, scripts/check-archive-limits has read.
+/// Archives at the limits of the format, read by other programs. They read every header, but not
+/// the bytes of very large entries; scripts/check-archive-limits makes them read those.
 class ZipLimits : public testing::Test {
 protected:
-    /// Quick if it is asked for more of them each time.
+    /// Fast if each call asks for more zeros than the one before.
     std::uint32_t checksumOfZeros(std::uint64_t size) {
         if (size < zerosCounted) {
             zerosCounted = zerosChecksum = 0;
@@ -48,7 +48,7 @@ protected:
         }
         return zerosChecksum;
     }
-    /// Of so many zeros.
+    /// A piece of so many zeros.
     std::vector<std::byte> deflatedPiece(std::size_t size) const {
         Piece piece;
         piece.original = std::as_bytes(std::span(zeros)).first(size);
@@ -68,7 +68,7 @@ protected:
         EXPECT_EQ(outcome.output.find("Error"), std::string::npos) << command << outcome.output;
         return outcome.output;
     }
-    /// Each program finds so many entries, one of them of that size, and nothing to complain of.
+    /// Expects each program to list so many entries, one of them of that size, without complaint.
     void expectListed(std::size_t entries, std::uint64_t size) const {
         const std::string word = ' ' + std::to_string(size) + ' ';
         for (const auto& [list, read] : kPrograms) {
@@ -131,7 +131,7 @@ TEST_F(ZipLimits, ofTheSizeOfAnEntry) {
     }
 }
 
-/// What stands before the last entry is a hole in the file, which nobody has to write.
+/// The file has a hole before the last entry, so the test need not write the bytes.
 TEST_F(ZipLimits, ofTheOffsetOfAnEntryOrTheDirectory) {
     ZipHeader first{{"entry", 0, kPermissions}, ZipMethod::kStored};
     ZipHeader last{{kLast, 0, kPermissions}, ZipMethod::kStored};
@@ -139,7 +139,7 @@ TEST_F(ZipLimits, ofTheOffsetOfAnEntryOrTheDirectory) {
     last.checksum = checksumOf(kLast);
     const std::uint64_t firstHeader = localHeader(first).size();
     const std::uint64_t lastEntry = localHeader(last).size() + kLast.size();
-    // What lies on the limit: the directory, the last entry, the size of the first.
+    // On the limit: the directory, the last entry, the size of the first.
     for (const std::uint64_t offset :
          {kMark - 1 - lastEntry, kMark - lastEntry, kMark - 1, kMark, kMark + firstHeader}) {
         last.offset = offset;

@@ -7,7 +7,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// examples/extracta-again around an extractor that obeys another command at each try.
+/// examples/extracta-again with an extractor that follows other commands at each try.
 class Again : public EndToEnd {
 public:
     struct Row {
@@ -28,7 +28,7 @@ protected:
                        {"EXTRACTA_AGAIN_PAUSE", "0"}};
     }
 
-    /// Each try puts the commands of the next in the place of its own.
+    /// Each try replaces its commands by those of the next try.
     void prepare(const Strings& tries) {
         std::string commands = "exit 0";
         for (auto number = tries.size(); number > 0; --number) {

@@ -5,7 +5,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The programs for Windows, and those for this system of the same sources.
+/// The programs for Windows, and those for this system, from the same sources.
 class BothSystems : public EndToEnd {
 protected:
     struct Member final {
@@ -14,7 +14,7 @@ protected:
         std::string packed;  // deflated, behind all of its header but times and name
     };
 
-    /// What the archive in the test's directory holds, by bare name.
+    /// The contents of the archive in the test's directory, by name without folder.
     std::map<std::string, Member> members() const {
         const std::string zip = readFile(directory / "out.vlx");
         std::map<std::string, Member> found;

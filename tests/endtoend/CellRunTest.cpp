@@ -29,7 +29,7 @@ TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
 
     const auto entries = packed(directory / "out.vlx");
     ASSERT_EQ(entries.size(), 5U);
-    // The same control file by hand must give the same bytes.
+    // The same control file, run by hand, must give the same bytes.
     writeFile(tools / "control", entries.at("extracta_control.txt"));
     Command byHand{
         {EXTRACTA_STANDIN, "-k", "-c", "-m", nameThere(design), "control"}, {}, tools.path(), {}};
@@ -48,7 +48,7 @@ TEST_F(CellRun, packsTheViewsAndTheControlFileOfOneExtractaRun) {
 }
 
 TEST_F(CellRun, startsExtractaWithAbsolutePathsInTheWorkingDirectory) {
-    // As odd a name as the system admits.
+    // The oddest name that the system allows.
     const std::string name =
         hereOrOnWindows("a \"b\" \xc3\xa9\xff.mcm", "a 'b' \xc3\xa9\xf0\x9f\x93\xa6.mcm");
     writeFile(directory / name, "");
@@ -58,7 +58,7 @@ TEST_F(CellRun, startsExtractaWithAbsolutePathsInTheWorkingDirectory) {
     std::istringstream lines(readFile(directory / "arguments"));
     Strings words;
     for (std::string line; std::getline(lines, line);) {
-        words.push_back(nameThere(line));  // with the separators of the system
+        words.push_back(nameThere(line));  // with the system's separators
     }
     ASSERT_EQ(words.size(), 10U);
     EXPECT_TRUE(words.back().starts_with(nameThere(directory / "out dir/extract")));

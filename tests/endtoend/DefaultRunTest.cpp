@@ -15,7 +15,7 @@ using Strings = std::vector<std::string>;
 
 class DefaultRun : public EndToEnd {
 protected:
-    /// The lines of a view file from the third on, sorted; each with its line end.
+    /// The lines of a view file from the third on, with their line ends, sorted.
     static Records records(const std::string& viewFile) {
         Records lines;
         for (std::size_t start = 0, number = 0; start < viewFile.size(); ++number) {
@@ -33,7 +33,7 @@ protected:
         return viewFile.substr(0, viewFile.find("\r\n", viewFile.find("\r\n") + 2) + 2);
     }
 
-    /// What one extracta run writes for a control file.
+    /// The output of one extracta run for a control file.
     std::string runByHand(const std::string& controlFile) const {
         writeFile(tools / "control", controlFile);
         const Outcome outcome =
@@ -48,7 +48,7 @@ protected:
     /// The control file of one connectivity run over the whole design, or the nets.
     static std::string connectivityControl(const std::map<std::string, std::string>& entries,
                                            const Strings& nets) {
-        // The remainder's, less its excluded nets, is the plain one.
+        // Take the remainder's control file without its excluded nets.
         std::string control = entries.at("extracta_control_connremainder.txt");
         for (std::size_t at = 0; (at = control.find("\tNET_NAME !='")) != std::string::npos;) {
             control.erase(at, control.find("\r\n", at) + 2 - at);
@@ -79,7 +79,7 @@ protected:
         EXPECT_EQ(records(entries.at("conn.txt")), records(single));
     }
 
-    /// A survey of the nets (name, records) instead of the design's; other views are header only.
+    /// Replaces the survey by one of these nets (name, records). Other views have only headers.
     void useSurvey(const std::vector<std::pair<std::string, int>>& nets) {
         std::string survey = "A!NET_NAME!\r\nJ!x!\r\n";
         for (const auto& [name, count] : nets) {
@@ -106,7 +106,7 @@ protected:
     }
 };
 
-/// The extractions that follow the survey.
+/// The extractions that start after the survey.
 Strings afterTheSurvey(Strings started) {
     const auto survey = std::ranges::find(started, "connnets");
     started.erase(started.begin(), std::next(survey));
@@ -244,7 +244,7 @@ TEST_F(DefaultRun, fillsTheLimitOfProcessesButNeverExceedsIt) {
     environment["EXTRACTA_STANDIN_TRACE"] = nameThere(tools / "trace");
     for (const int limit : {1, 3, 8}) {
         writeFile(tools / "trace", "");
-        // The first children wait for each other: too low a limit would keep them waiting for ever.
+        // The first children wait for each other. With too low a limit they would wait for ever.
         useScript("write ../started.$pid \nawait-count ../started. " + std::to_string(limit) +
                   "\n" + goOn());
         limitProcesses(limit == 8 ? 1 : limit);

@@ -56,23 +56,23 @@ protected:
         return outcome;
     }
 
-    /// The program sees a machine on which so many processes may run at once.
+    /// Makes the program see a machine on which so many processes may run at once.
     void limitProcesses(int limit) { failCalls("HARDWARE_THREADS", std::to_string(2 * limit + 1)); }
 
-    /// A call of the system gives the program another answer; see SystemCalls.cpp.
+    /// Makes a system call of the program fail or answer otherwise; see SystemCalls.cpp.
     void failCalls(const char* which, const std::string& how) {
         environment["LD_PRELOAD"] = SYSTEM_CALLS;
         environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
         environment[which] = how;
     }
 
-    /// Extracta is a program that does this instead; see ScriptedProgram.cpp.
+    /// Replaces extracta by a program that follows these commands; see ScriptedProgram.cpp.
     void useScript(const std::string& commands) {
         environment["VELTAR_EXTRACTA_PATHOVERRIDE"] =
             nameThere(writeProgram(tools / "the extracta", commands));
     }
 
-    /// The command to go on as the stand-in.
+    /// The command to continue as the stand-in.
     static std::string goOn() { return "become " + nameThere(EXTRACTA_STANDIN) + "\n"; }
 
     /// Everything in the test's directory, by path relative to it.
@@ -125,8 +125,8 @@ protected:
         });
     }
 
-    /// Whether a process of this test runs. One for Windows whose starter is killed amid the start
-    /// may stay in the launcher for ever, and never begin.
+    /// Whether a process of this test runs. If the starter of a process for Windows is killed
+    /// during the start, that process may stay in the launcher for ever and never begin.
     bool anyProcessLeft() const {
         return !processesIf([&](const std::filesystem::path& process) {
                     const std::string line = readFile(process / "cmdline");
@@ -136,13 +136,13 @@ protected:
                 }).empty();
     }
 
-    /// What has ended for the programs may be on its way out for a moment where these are emulated.
+    /// Waits for a moment, because an emulated process may end later than the programs see.
     bool isEveryProcessGone() const {
         const auto isGone = [this] { return !anyProcessLeft(); };
         return kProgramsForWindows ? eventually(isGone) : isGone();
     }
 
-    /// The packed files by their bare names.
+    /// The packed files by their names without folder.
     static std::map<std::string, std::string> packed(const std::filesystem::path& archive) {
         std::map<std::string, std::string> result;
         for (const ArchiveEntry& entry : readArchive(archive)) {

@@ -15,7 +15,7 @@ constexpr char kNotPacked[] = "view creation failed (2).\n";
 const Strings kCell{"-z", "-cell", "design.mcm", "out.vlx"};
 const Strings kDefault{"-z", "design.mcm", "out.vlx"};
 
-/// Runs in which something goes wrong: what then stands where, and that nothing else has changed.
+/// Runs in which something goes wrong. Checks the output, and that nothing else has changed.
 class Fault : public EndToEnd {
 public:
     struct Row {
@@ -25,7 +25,7 @@ public:
         std::function<void(Fault&)> prepare;
         int exitCode = 1;
         const char* errors = kNotCreated;
-        const char* changes = "";  // pattern of how the paths of all begin that is not as before
+        const char* changes = "";  // pattern for the beginning of each changed path
 
         friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
     };
@@ -38,7 +38,7 @@ protected:
     }
 
     void takeRunNames(const std::function<void(const fs::path&)>& take) {
-        // Every name that the run could get in the next seconds.
+        // Take every name that the run could get in the next seconds.
         environment["TZ"] = "UTC";
         for (long second = std::time(nullptr); second < std::time(nullptr) + 30; ++second) {
             take(directory / ("extract" + std::to_string(second)));
@@ -65,7 +65,7 @@ std::vector<Fault::Row> Fault::rows() {
             fault.environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = nameThere(path);
         };
     };
-    // The disk is full for the log as well, but not for extracta, so that the views are whole.
+    // The disk is full for the log as well, but not for extracta, so the views are complete.
     const auto mostInAFile = [](int size) {
         return [=](Fault& fault) {
             fault.failCalls("MOST_IN_A_FILE", std::to_string(size));
@@ -87,7 +87,7 @@ std::vector<Fault::Row> Fault::rows() {
     const auto link = [](const char* target, const char* name) {
         return [=](Fault& fault) { fs::create_symlink(target, fault.directory / name); };
     };
-    // The design is called otherwise.
+    // The design has another name.
     const auto designAt = [](const char* name) {
         return [=](Fault& fault) {
             fs::create_directory(fault.directory / "out");
@@ -109,11 +109,11 @@ std::vector<Fault::Row> Fault::rows() {
         };
     };
     const auto fifo = [](Fault& fault) { mkfifo((fault.directory / "fifo").c_str(), 0600); };
-    // Extracta does this before it goes on as the stand-in.
+    // Extracta does this before it continues as the stand-in.
     const auto extractaFirst = [](const std::string& commands) {
         return [=](Fault& fault) { fault.useScript(commands + "\n" + goOn()); };
     };
-    // The survey is there before the merge begins.
+    // The survey ends before the merge begins.
     const auto surveyLeaves = [=](const std::string& command) {
         return extractaFirst("if connnets " + command + " $run/conn.txt");
     };
@@ -149,7 +149,7 @@ std::vector<Fault::Row> Fault::rows() {
         {"whileOthersHang", kDefault, "exit code 7",
          standinBesideOthers("layer=hang;paddef=hang;fullgeo=sleep:300;fullgeo=exit:7:")},
         {"aFlood", kDefault, "exit code 6: ", standin("fullgeo=flood:3000000:6")},
-        // ... or writes what cannot be used.
+        // ... or writes unusable files ...
         {"noSurvey", kDefault, "Could not open file: ", standin("connnets=no-output")},
         {"emptySurvey", kDefault, "after successfully parsing the first 0 S records",
          standin("connnets=empty-output")},
@@ -161,7 +161,7 @@ std::vector<Fault::Row> Fault::rows() {
         {"shortRow", kDefault, " is too short for its NET_NAME column",
          survey(R"(A!X!NET_NAME!\r\nJ!x!\r\nS!GND\r\n)")},
         {"noPiece", kDefault, "MP failed to open file ", standin("conn1=no-output")},
-        // ... or what cannot be read.
+        // ... or files that cannot be read.
         {"surveyReadError", kDefault, "Could not open file: ", readFails("/connnets.txt")},
         {"pieceReadError", kDefault, "CONDUCTOR_ETCH.txt" + notRead,
          readFails("/conn0_GND_CONDUCTOR_ETCH.txt")},
@@ -178,7 +178,7 @@ std::vector<Fault::Row> Fault::rows() {
          [](Fault& fault) { fault.failCalls("KEEPER_FAILS", ""); }},
         {"noProgramOfThatName", kDefault, "error 2: Could not find application no-such.exe",
          [=](Fault& fault) {
-             folder("closed", 0444)(fault);  // what cannot be looked into holds no program
+             folder("closed", 0444)(fault);  // a folder that cannot be searched has no program
              fault.environment[hereOrOnWindows("PATH", "WINEPATH")] =
                  nameThere(fault.directory / "closed") + hereOrOnWindows(":/usr/bin:/bin", "");
              extractor("no-such.exe")(fault);
@@ -217,7 +217,7 @@ std::vector<Fault::Row> Fault::rows() {
         {"takenByALink", kDefault, noDirectory,
          runNamesTaken([](const fs::path& path) { fs::create_directory_symlink(".", path); })},
         {"workingDirectoryLost", movedTo("out"), "", folderLost, 1, kNotCreated, "out/"},
-        // ... or its name leads elsewhere: to something that must stay as it is.
+        // ... or its name leads to something else, which must not change.
         {"workingDirectoryReplaced", kCell,
          hereOrOnWindows("has been replaced by something else", "exit code 99"),
          [=](Fault& fault) {
@@ -237,7 +237,7 @@ std::vector<Fault::Row> Fault::rows() {
                              "if connnets link $folder/mine $run\n");
          },
          1, kNotCreated, "out/extract"},
-        // What stands in it where the program writes is replaced, and not written to.
+        // The program replaces a file of its names there, and does not write into it.
         {"aLinkToTheDesignForTheMerge", kDefault, "", surveyLeaves("link $design"), 0, "",
          "out.vlx"},
         {"aHardLinkToTheDesignForTheMerge", kDefault, "", surveyLeaves("hard-link $design"), 0, "",
@@ -295,7 +295,7 @@ std::vector<Fault::Row> Fault::rows() {
          "link"},
         {"archiveIsReadOnly", packedTo("file"), notReplaced, file("file", 0444), 1, kNotPacked},
         {"archiveOfTooLongAName", packedTo(std::string(300, 'n')), notOpen, nothing, 1, kNotPacked},
-        // A path that Windows would take for another.
+        // Windows would take the path for another one.
         {"archiveByAnotherSpelling",
          packedTo(hereOrOnWindows("no/../design.mcm", R"(x.\..\design.mcm)")), notOpen, nothing, 1,
          kNotPacked},
@@ -344,8 +344,8 @@ std::vector<Fault::Row> Fault::rows() {
              writeFile(fault.directory / "out/x.mcm", "another design");
          },
          1, kNotPacked},
-        // An added file that is there but cannot be copied ends the program abnormally, without
-        // any clean-up: the working directory stays to be looked at.
+        // An added file that exists but cannot be copied ends the program abnormally, without any
+        // clean-up; the working directory stays.
         {"addedFileMissing", withFile("no/notes"), "warning: the file no/notes cannot be added",
          nothing, 0, "", "out.vlx"},
         {"addedFileIsAFifo", withFile("fifo"), uncaught, fifo, kAbort, "", "extract"},
@@ -373,7 +373,7 @@ TEST_P(FaultMatrix, isToldAndLeavesNothing) {
     EXPECT_TRUE(isEveryProcessGone());
     const std::string log = readFile(tools / "log");
     EXPECT_NE(log.find(row.logged), std::string::npos) << row.logged << " is missing in\n" << log;
-    // What is certain to fail is told before anything starts, and nothing else is.
+    // Exactly the certain failures are reported before anything starts.
     const std::regex certain("(archive|moved|base)(?!InALostFolder).*");
     const std::string beginning = log.substr(0, log.find("*StartChildProcess"));
     EXPECT_EQ(std::regex_search(beginning, std::regex("warning: the (archive|views) will not be")),

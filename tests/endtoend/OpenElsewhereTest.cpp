@@ -6,7 +6,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// An older view that somebody has open, in a way that keeps it from being replaced.
+/// An older view that somebody has open in a way that prevents its replacement.
 class OpenElsewhere : public EndToEnd {
 protected:
     void SetUp() override {

@@ -44,9 +44,9 @@ protected:
 
 struct Ending final {
     int signal;
-    int exitCode;  // of a program for Windows the lowest byte of 0xC000013A comes through
+    int exitCode;  // of a program for Windows: the lowest byte of 0xC000013A
     int rounds;
-    int second;  // sent while the first is obeyed
+    int second;  // sent while the run ends by the first
 
     friend void PrintTo(const Ending& ending, std::ostream* out) { *out << ending.signal; }
 };
@@ -62,8 +62,8 @@ const std::vector<Ending> kEndings = hereOrOnWindows<std::vector<Ending>>(
 
 class EndedRun : public Signal, public testing::WithParamInterface<Ending> {
 protected:
-    /// Nothing but what a run that had no time for it leaves: its working directory and, at the one
-    /// moment at which it is neither unnamed nor in its place, the archive.
+    /// Expects only what a run without time to clean up leaves: its working directory and, at the
+    /// one moment when it is neither unnamed nor in its place, the archive.
     void expectCleanEnd() {
         if (GetParam().signal == SIGKILL) {
             EXPECT_TRUE(eventually([this] { return !anyProcessLeft(); }));
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(By, EndedRun, testing::ValuesIn(kEndings), [](const aut
 
 TEST_P(EndedRun, isCleanAtAnyMoment) {
     std::mt19937 random(20);
-    // Until well behind the end of a run of this design; the loaded machine decides how far.
+    // Until well after the end of a run of this design, however slow the machine is.
     const auto start = std::chrono::steady_clock::now();
     ASSERT_EQ(run({"-z", "design.mcm", "out.vlx"}).exitCode, 0);
     const std::size_t entries = packed(directory / "out.vlx").size();
@@ -106,11 +106,11 @@ TEST_P(EndedRun, isCleanAtAnyMoment) {
         if (archive != kOlder) {
             EXPECT_EQ(packed(directory / "out.vlx").size(), entries);
         }
-        // Until a program for Windows has begun, it is what starts it that obeys.
+        // Before a program for Windows has begun, the launcher gets the signal.
         const bool hasBegun = !kProgramsForWindows || !readFile(tools / "log").empty();
         const bool isDone = outcome.exitCode == 0 && archive != kOlder;
         const bool isEnded = outcome.exitCode == exitCode || outcome.exitCode == 128 + second;
-        // An internal error of what emulates them, where a signal has met a start.
+        // An internal error of the emulator, when a signal comes during a start.
         const bool isHit = kProgramsForWindows &&
                            readFile(tools / "log").find("with error 1359") != std::string::npos;
         EXPECT_TRUE(isDone || isEnded || !hasBegun || isHit)

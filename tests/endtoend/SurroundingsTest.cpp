@@ -13,7 +13,7 @@ namespace {
 constexpr char kOlder[] = "older";
 constexpr char kShell[] = "/bin/sh";
 
-/// What surrounds a run is not as it should be: its streams, its folders, its disk, its processes.
+/// Runs with unusual surroundings: streams, folders, disks, processes.
 class Surroundings : public EndToEnd {
 protected:
     void SetUp() override {
@@ -21,14 +21,14 @@ protected:
         makeDesign();
     }
 
-    /// The program as the shell starts it, which is told "$@" for it.
+    /// The program, started by a shell; "$@" in the shell's commands is its command line.
     Command inShell(const std::string& how, const Strings& arguments) const {
         Command result = command(arguments);
         result.arguments.insert(result.arguments.begin(), {kShell, "-c", how, kShell});
         return result;
     }
 
-    /// A pipe of that name which is full, and whose reader does not read.
+    /// A full pipe of that name, whose reader does not read.
     int openFullPipe(const fs::path& path) const {
         mkfifo(path.c_str(), 0600);
         const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -190,7 +190,7 @@ TEST_F(Surroundings, mayLackTheNullDevice) {
     expectOnly({"design.mcm"});
 }
 
-/// With an extraction that hangs, which has a child of its own.
+/// A run with an extraction that hangs and has a child.
 class Hanging : public Surroundings {
 protected:
     void SetUp() override {
@@ -235,8 +235,8 @@ TEST_F(Surroundings, mayBeOutOfMemoryAtAnyMoment) {
     writeFile(directory / "out.vlx", kOlder);
     const auto before = contents();
     failCalls("PARENT", std::to_string(getpid()));
-    constexpr int kBeforeMain = 10;  // some libraries take memory by then
-    // Further and further apart: the allocations of the packing are alike.
+    constexpr int kBeforeMain = 10;  // some libraries allocate memory before main()
+    // In growing steps, because the allocations of the packing are alike.
     for (int number = 1;; number += 1 + number / 25) {
         failCalls("ALLOCATION_FAILS", std::to_string(number));
         const Outcome outcome = run({"-z", "-cell", "design.mcm", "out.vlx"});

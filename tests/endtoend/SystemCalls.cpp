@@ -1,4 +1,4 @@
-// Loaded before the program, makes calls of the system fail that a test names in the environment.
+// A library to preload. Makes system calls fail that a test names in the environment.
 
 #include <algorithm>
 #include <cerrno>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kBytesBeforeFailure = 100;
 
-/// Whether the path behind the descriptor ends in what the variable says.
+/// Whether the descriptor's path ends with the variable's value.
 bool isNamedBy(const char* variable, int descriptor) {
     const char* ending = std::getenv(variable);
     if (ending == nullptr) {
@@ -37,14 +37,14 @@ bool isKeeper() {
     return prctl(PR_GET_NAME, name) == 0 && std::strcmp(name, "process-keeper") == 0;
 }
 
-/// What the variable says, or -1.
+/// The variable's value, or -1.
 long numberIn(const char* variable) {
     const char* text = std::getenv(variable);
     return text == nullptr ? -1 : std::strtol(text, nullptr, 10);
 }
 
-/// Whether so many more bytes make a file larger than MOST_IN_A_FILE. That holds in the program
-/// that the process PARENT has started; what this starts in turn has a disk without end.
+/// Whether so many more bytes would make a file larger than MOST_IN_A_FILE. This limit holds only
+/// in the program that the process PARENT has started, not in that program's children.
 bool isFull(int descriptor, std::size_t size) {
     static const long most = numberIn("MOST_IN_A_FILE");
     static const bool isLimited = most >= 0 && getppid() == numberIn("PARENT");
@@ -53,7 +53,7 @@ bool isFull(int descriptor, std::size_t size) {
            status.st_size + static_cast<off_t>(size) > most;
 }
 
-/// The function that ours stands before.
+/// The original of a function that is replaced here.
 template <typename Call>
 Call systemCall(Call /*ours*/, const char* name) {
     return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
@@ -69,7 +69,7 @@ std::string textIn(const char* variable) {
     return text == nullptr ? "" : text;
 }
 
-// Of a keeper the title takes the place of the environment, so they are read before.
+// A keeper's title overwrites the environment, so the variables are read before.
 const bool keeperFails = std::getenv("KEEPER_FAILS") != nullptr;
 const bool keeperHasNoNullDevice = std::getenv("NO_NULL_DEVICE") != nullptr;
 const std::string awaitedFile = textIn("EXECVE_HANGS_UNTIL");
@@ -86,8 +86,8 @@ extern "C" ssize_t pwrite(int descriptor, const void* bytes, std::size_t size, o
     return isFull(descriptor, size) ? fail(ENOSPC) : systemWrite(descriptor, bytes, size, at);
 }
 
-/// What runs programs for Windows turns a SIGINT into a thread of theirs at once. Amid a fork,
-/// which holds the locks of the memory, it would wait for itself.
+/// The emulator for Windows turns a SIGINT into a new thread at once. During a fork, which holds
+/// the locks of the memory, that would wait for itself.
 extern "C" pid_t fork() {
     static const auto systemFork = systemCall(&fork, "fork");
     sigset_t interrupt;
@@ -100,14 +100,14 @@ extern "C" pid_t fork() {
     return process;
 }
 
-/// With HARDWARE_THREADS a machine that has so many.
+/// HARDWARE_THREADS: the machine has so many.
 extern "C" long sysconf(int name) {
     static const auto systemSysconf = systemCall(&sysconf, "sysconf");
     const long threads = numberIn("HARDWARE_THREADS");
     return name == _SC_NPROCESSORS_ONLN && threads >= 0 ? threads : systemSysconf(name);
 }
 
-/// With NO_UNNAMED_FILES a file system that has only files with names.
+/// NO_UNNAMED_FILES: the file system has no files without a name.
 extern "C" int openat(int folder, const char* path, int flags, ...) {
     using Open = int (*)(int, const char*, int, mode_t);
     static const auto systemOpen = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "openat"));
@@ -121,7 +121,7 @@ extern "C" int openat(int folder, const char* path, int flags, ...) {
     return systemOpen(folder, path, flags, mode);
 }
 
-/// With RENAME_FAILS no file gets that name.
+/// RENAME_FAILS: no file can get that name.
 extern "C" int renameat(int from, const char* older, int to, const char* newer) {
     static const auto systemRename = systemCall(&renameat, "renameat");
     const std::string ending = textIn("RENAME_FAILS");
@@ -130,7 +130,7 @@ extern "C" int renameat(int from, const char* older, int to, const char* newer) 
                : systemRename(from, older, to, newer);
 }
 
-/// With KEEPER_FAILS a process that keeps a program fails once it has been started.
+/// KEEPER_FAILS: a keeper fails after it has been started.
 extern "C" int dup3(int descriptor, int number, int flags) {
     static const auto systemDup = systemCall(&dup3, "dup3");
     if (isKeeper() && keeperFails) {
@@ -139,8 +139,8 @@ extern "C" int dup3(int descriptor, int number, int flags) {
     return systemDup(descriptor, number, flags);
 }
 
-/// With EXECVE_HANGS_UNTIL no program starts until there is a file of that name: the call waits as
-/// one does for a disk that does not answer.
+/// EXECVE_HANGS_UNTIL: no program starts until there is a file of that name. The call waits like
+/// one for a disk that does not answer.
 extern "C" int execve(const char* program, char* const argv[], char* const envp[]) {
     static const auto systemExecve = systemCall(&execve, "execve");
     if (isKeeper() && !awaitedFile.empty()) {
@@ -152,7 +152,7 @@ extern "C" int execve(const char* program, char* const argv[], char* const envp[
     return systemExecve(program, argv, envp);
 }
 
-/// With NO_NULL_DEVICE a keeper finds none.
+/// NO_NULL_DEVICE: a keeper finds no /dev/null.
 extern "C" int open(const char* path, int flags, ...) {
     using Open = int (*)(const char*, int, mode_t);
     static const auto systemOpen = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
@@ -166,7 +166,7 @@ extern "C" int open(const char* path, int flags, ...) {
     return systemOpen(path, flags, mode);
 }
 
-/// A disk that can be read at the beginning of the file only, a slow one, or a file that has ended
+/// A disk that can be read only at the beginning of the file, a slow disk, or a file that ends
 /// after its beginning, as if somebody had cut it off.
 extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
     static const auto systemRead = systemCall(&read, "read");
@@ -183,12 +183,12 @@ extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
     return systemRead(descriptor, buffer, std::min(size, kBytesBeforeFailure));
 }
 
-#ifndef WITH_SANITIZERS  // they have a malloc of their own
+#ifndef WITH_SANITIZERS  // they have their own malloc
 
 extern "C" void* __libc_malloc(std::size_t size);
 
-/// With KEEPER_WITHOUT_MEMORY a process that keeps a program has none left. With ALLOCATION_FAILS
-/// that allocation of the program fails, and no other; a file beside the log tells that it came.
+/// KEEPER_WITHOUT_MEMORY: a keeper has no memory left. ALLOCATION_FAILS: only the program's
+/// allocation of that number fails; a file beside the log shows that it was reached.
 extern "C" void* malloc(std::size_t size) {
     static const bool fails = std::getenv("KEEPER_WITHOUT_MEMORY") != nullptr;
     static const long failing = numberIn("ALLOCATION_FAILS");

@@ -20,7 +20,7 @@ using velextracta::ConnectivityMerge;
 
 class Merge : public testing::Test {
 protected:
-    /// Merges files of these texts; what comes out.
+    /// The merged text of files with these texts.
     std::string merge(const std::vector<std::string>& texts) {
         ConnectivityMerge merge(path("conn.txt"), [this](std::size_t) { ++turns; });
         for (const std::string& text : texts) {
@@ -35,12 +35,12 @@ protected:
     }
 
     const TemporaryDirectory directory;
-    int turns = 0;  // that others were given meanwhile
+    int turns = 0;  // calls of Meanwhile
 };
 
 TEST_F(Merge, putsTheRecordsOfAllUnderTheHeaderOfTheFirst) {
     const std::string nul("S!\0!\n\r\r\n", 8);
-    // A line that ends just where the next part of the file is read.
+    // A line that ends exactly where the next part of the file begins.
     const std::string part(131'071, 'A');
     const struct {
         std::vector<std::string> pieces;

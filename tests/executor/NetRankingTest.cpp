@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// In the one way and in the other, however the reading cuts the text.
+/// Expects the ranking in both ways, whatever the size of the reading steps.
 void expectRanking(const std::string& survey, const std::string& ranking) {
     EXPECT_EQ(rankedFromTable(survey, "nets.txt"), ranking) << survey;
     for (std::size_t mostAtOnce = 1; mostAtOnce <= survey.size() + 1; ++mostAtOnce) {
@@ -23,7 +23,7 @@ TEST(NetRanking, putsMoreRecordsFirstAndOfEquallyManyTheGreaterName) {
          "S!T!\r\nS!T!AB\r\n",
          "2 GND, 1 \xe4, 1 b, 1 AB, 1 A, 1 , "},
         {"A!NET_NAME!\r\nJ!x!\r\n", ""},
-        // Line ends where they may stand or not, and bytes of them that belong to a name.
+        // Optional line ends, and bytes of line ends that belong to a name.
         {"A!NET_NAME\r\n\r\nJ!\r\n\r\nS!a\r\n\r\n\r\n\r\n\r\nS!b\r\r\nS!a\nS!\r\nS!a",
          "2 a, 1 b\r, 1 a\nS, "},
         {"A!NET_NAME\r\nJ!\r\nS!a\r\nS!a\r", "1 a\r, 1 a, "},

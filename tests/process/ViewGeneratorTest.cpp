@@ -23,7 +23,7 @@ TEST_F(ViewGenerator, runsExtractaOnItsOwnControlFile) {
 }
 
 TEST_F(ViewGenerator, runsHundredsAtOnceAndKeepsHundredsQueuedWithoutDescriptors) {
-    // More than any list of things to wait for takes, where there is one.
+    // More than fit into a system's list of objects to wait for.
     constexpr std::size_t kAtOnce = isHere(On::kPosix) ? 200 : 70;
     useExtracta("append started .\nawait end\n");
     ExtractaViewGenerator::maxConcurrentExtractas = kAtOnce;
@@ -69,7 +69,7 @@ TEST_F(ViewGenerator, leavesTheQueueWhenDropped) {
     EXPECT_EQ(readFile(directory / "order"), "extracta_control_conn1,extracta_control_conn3,");
 }
 
-/// Throws when an extraction is started, or queued.
+/// Throws when an extraction is started or queued.
 class ThrowingObserver final : public RunObserver {
     void extractionStarted(const AString&, const AString&) override { throw std::bad_alloc(); }
     void extractionQueued(const AString&) override { throw std::bad_alloc(); }

@@ -16,7 +16,7 @@ namespace velextracta {
 using tkcore::AString;
 using tkcore::LongFileName;
 
-/// Generators with a scripted program for extracta, which runs in the working directory.
+/// Generators with a scripted program as extracta, which runs in the working directory.
 class ViewGenerator : public testing::Test {
 protected:
     void TearDown() override {

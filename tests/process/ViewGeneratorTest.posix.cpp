@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The number behind a name in what the system tells of a process; 0 without the name.
+/// The number after a name in a process's file in /proc; 0 if the name is not there.
 std::size_t number(const fs::path& process, const char* file, const std::string& name) {
     const std::string text = readFile(process / file);
     const std::size_t at = text.find("\n" + name);
@@ -26,7 +26,7 @@ std::vector<fs::path> childProcesses() {
     return children;
 }
 
-#ifdef __SANITIZE_ADDRESS__  // which has memory of its own
+#ifdef __SANITIZE_ADDRESS__  // which needs memory itself
 constexpr std::size_t kMost = std::size_t{1} << 30U;
 #else
 constexpr std::size_t kMost = 1024;  // KiB

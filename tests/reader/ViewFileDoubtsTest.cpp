@@ -39,7 +39,7 @@ TEST(ViewFileDoubts, areNoneAboutAFileThatHoldsWhatWasAskedFor) {
         {"A!F!G\r\nJ!\r\nS!f!g\r\nS!!", {"F", "G"}},        // and the last "!", if in all lines
         {start + "S!\rf\n!g\n!\r\n" + record, {"F", "G"}},  // a lone CR or LF is text
         {"A!any!\r\nJ!\r\nS!x!\r\n", {}},                   // where all fields were asked for
-        // Who knows what stands behind the head, or behind a thousand lines?
+        // The text after the head, or after a thousand lines, is not checked.
         {start + record + "S!" + fills + "!g!\r\n", {"F", "G"}},
         {start + record + "S!f" + std::string(kHead, 'x'), {"F", "G"}},
         {start + repeated(record, 998) + "S!\r\n", {"F", "G"}},

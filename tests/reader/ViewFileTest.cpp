@@ -19,7 +19,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// The J record and the S records, each with its count of fields and a "|" before each field.
+/// The J record and the S records, each with its number of fields and a "|" before each field.
 std::string shown(const ExtractaViewData& data) {
     const auto showRecord = [](const FieldList& record) {
         std::string text = std::to_string(record.size());
@@ -35,7 +35,7 @@ std::string shown(const ExtractaViewData& data) {
     return text;
 }
 
-/// What the table shows once it is read, or the failure's message, "FILE" for the path.
+/// The table's content after reading, or the failure's message with "FILE" in place of the path.
 std::string outcome(const std::string& path, const std::function<void(ExtractaViewData&)>& read) {
     ExtractaViewData data;
     try {
@@ -128,7 +128,7 @@ TEST(ViewFileReader, refusesATableThatHasRecordsAndLeavesItAsItWas) {
     EXPECT_EQ(shown(data), "1|b ; 1|c");
 }
 
-/// A file of several blocks to which something happens once the first of them is read.
+/// A file of several blocks that changes after the first block is read.
 class StreamedFile : public testing::Test {
 protected:
     static constexpr std::size_t kRecords = 50'000;

@@ -12,7 +12,7 @@ protected:
         writeControlFile("NET\n\n\tNET_NAME\n\nEND\n\n");
     }
 
-    /// The S records, the header and the J record left out.
+    /// The S records, without the header and the J record.
     std::string records() const {
         const std::string text = read("out.txt");
         return text.substr(text.find("\r\n", text.find("\r\n") + 2) + 2);

@@ -14,7 +14,7 @@
 class Sandbox : public testing::Test {
 protected:
     std::string at(const std::string& name) const { return directory / name; }
-    /// The same as the programs call it.
+    /// Its path in the form of the programs' system.
     std::string there(const std::string& name) const { return nameThere(directory / name); }
     std::string read(const std::string& name) const { return readFile(at(name)); }
 
@@ -48,7 +48,7 @@ protected:
         return runProgram({options, {}, {}, {}});
     }
 
-    /// Failures are told in a single line, with exit code 1.
+    /// Expects a failure: a single line, and exit code 1.
     static void expectFailure(const Outcome& outcome, const std::string& fragment) {
         const std::string printed = outcome.output + outcome.errors;
         EXPECT_EQ(outcome.exitCode, 1);

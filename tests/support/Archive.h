@@ -27,8 +27,8 @@ inline unsigned littleEndian(const std::string& file, std::size_t at, std::size_
     return value;
 }
 
-/// The entries of a zip archive in its order, read with another library than the one that writes
-/// our archives. Throws if it is not a whole archive.
+/// The entries of a zip archive in its order, read with a library that is not ours. Throws if the
+/// archive is not complete.
 inline std::vector<ArchiveEntry> readArchive(const std::filesystem::path& path) {
     std::setlocale(LC_CTYPE, "C.UTF-8");
     const std::unique_ptr<archive, int (*)(archive*)> reader(archive_read_new(), archive_read_free);

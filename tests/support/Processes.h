@@ -20,7 +20,7 @@ inline bool eventually(const std::function<bool()>& condition) {
     return false;
 }
 
-/// The process id that a script has written to a file, once it stands there.
+/// Waits for a script to write a process id to a file, and returns it.
 inline pid_t readProcessId(const std::filesystem::path& file) {
     eventually([&] { return readFile(file).ends_with('\n'); });
     return static_cast<pid_t>(std::stol(readFile(file)));

@@ -33,7 +33,7 @@ struct Outcome final {
     long peakMemory = 0;  // bytes
 };
 
-/// A started program; killed with its owner.
+/// A started program. The destructor kills it.
 class ProgramRun final {
 public:
     explicit ProgramRun(const Command& command) : process(fork()) {
@@ -75,10 +75,10 @@ private:
         if (!command.directory.empty()) {
             std::filesystem::current_path(command.directory);
         }
-        // A program that aborts leaves no image of itself.
+        // No core dump.
         const rlimit noCore{0, 0};
         setrlimit(RLIMIT_CORE, &noCore);
-        // Root must ask for permission like anybody else; who is not root may not change this.
+        // Permissions must hold for root, too. Fails, without harm, if we are not root.
         prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
         prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
         for (const auto& [resource, limit] : command.limits) {

@@ -15,12 +15,12 @@
 #include "support/BlockSource.h"
 #include "tkcore/report/ExtractaParserException.h"
 
-// What a survey comes to, in two ways that must agree: the ranking as "COUNT NET, ", or the text of
+// The ranking of a survey, computed in two ways that must agree: as "COUNT NET, ", or the text of
 // the failure.
 
 namespace velextracta {
 
-/// Made of the table of all records, as plainly as can be.
+/// Computed from the table of all records, in the simplest way.
 inline std::string rankedFromTable(std::string_view text, const std::string& path) {
     ExtractaViewData table;
     try {
@@ -53,7 +53,7 @@ inline std::string rankedFromTable(std::string_view text, const std::string& pat
     return ranking;
 }
 
-/// Made as a run makes it, while the text is read.
+/// Computed while the text is read, as a run does it.
 inline std::string rankedInSteps(std::string_view text, const std::string& path,
                                  std::size_t mostAtOnce) {
     ViewWindow window(inSteps(text, mostAtOnce), mostAtOnce);

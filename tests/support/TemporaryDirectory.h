@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-/// A fresh directory for one test, removed with all that it holds.
+/// A fresh directory for one test. The destructor removes it with its contents.
 class TemporaryDirectory final {
 public:
     TemporaryDirectory() {
@@ -21,7 +21,7 @@ public:
         } while (!std::filesystem::create_directory(directory));
     }
     ~TemporaryDirectory() {
-        // A program that has just ended may hold its folder for a moment.
+        // A program that has just ended may have its folder open for a moment.
         std::error_code error;
         for (int attempt = 0; attempt < 300; ++attempt) {
             std::filesystem::remove_all(directory, error);
@@ -44,7 +44,7 @@ private:
     std::filesystem::path directory;
 };
 
-/// What can be read of the file: that of a process may end when the process does.
+/// The text of the file, as far as it can be read: a file in /proc may end with its process.
 inline std::string readFile(const std::filesystem::path& path) {
     const std::ifstream file(path, std::ios::binary);
     std::ostringstream text;

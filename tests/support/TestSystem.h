@@ -6,9 +6,9 @@
 
 #include <sys/types.h>
 
-// What the tests ask of the operating system.
+// Functions of the operating system for the tests.
 
-/// Where a row of a table holds.
+/// The systems on which a row of a table holds.
 enum class On { kBoth, kPosix, kWindows };
 
 constexpr bool isHere(On system) {
@@ -16,20 +16,20 @@ constexpr bool isHere(On system) {
     return system == On::kBoth || (system == On::kWindows) == kOnWindows;
 }
 
-/// Whether a process of this id runs; one that only waits to be reaped does not.
+/// Whether a process of this id runs. A process that only waits to be reaped does not run.
 bool isRunning(pid_t process);
 
-/// How many files, pipes and the like this process holds open.
+/// How many files, pipes and the like this process has open.
 std::size_t openHandles();
 
-/// Without a value the environment variable is taken away.
+/// Sets an environment variable, or removes it if the value is empty.
 void setVariable(const std::string& name, const std::string& value);
 
-/// A pipe that has a path; where there is no such thing, nothing.
+/// Makes a pipe with a path; does nothing on a system without those.
 void makeFifo(const std::filesystem::path& path);
 
-/// As somebody does who wants this process to end; it may take a moment until that is noted.
+/// Requests the end of this process, as a user does. It may take a moment until that is noted.
 void interruptThisProcess();
 
-/// Whether a signal that asks the process to end may interrupt the caller's thread.
+/// Whether a signal to end the process may interrupt the caller's thread.
 bool signalsReachThisThread();

@@ -14,7 +14,7 @@ bool isRunning(pid_t process) {
 }
 
 std::size_t openHandles() {
-    // Wine does not count them itself.
+    // Wine has no count of them.
     constexpr std::uintptr_t kFarBeyondAll = 65536;
     std::size_t count = 0;
     for (std::uintptr_t number = 4; number < kFarBeyondAll; number += 4) {
@@ -31,12 +31,12 @@ void setVariable(const std::string& name, const std::string& value) {
 void makeFifo(const std::filesystem::path& /*path*/) {}
 
 void interruptThisProcess() {
-    // Everybody at a console is told: it must be our own.
+    // All processes of a console get the event, so use our own console.
     FreeConsole();
     AllocConsole();
     GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
 }
 
 bool signalsReachThisThread() {
-    return false;  // they have threads of their own
+    return false;  // signals have their own threads
 }

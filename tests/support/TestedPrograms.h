@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// The tests run here. Programs for Windows are started through what the build names for them.
+// The tests run on this system. They start programs for Windows with the build's emulator.
 
 inline constexpr bool kProgramsForWindows = !std::string_view(PROGRAM_LAUNCHER).empty();
 
@@ -14,7 +14,7 @@ constexpr Value hereOrOnWindows(Value here, Value onWindows) {
     return kProgramsForWindows ? onWindows : here;
 }
 
-/// What the tested programs call a path of ours.
+/// Our path in the form of the tested programs' system.
 inline std::string nameThere(const std::filesystem::path& path) {
     std::string name = path.string();
     if (kProgramsForWindows) {

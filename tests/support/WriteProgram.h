@@ -5,8 +5,8 @@
 
 #include "support/TemporaryDirectory.h"
 
-/// Puts a program there that does what the commands say; see ScriptedProgram.cpp. Returns its path,
-/// which on Windows ends in ".exe".
+/// Makes a program at the path that follows the commands; see ScriptedProgram.cpp. Returns its
+/// path, which on Windows ends in ".exe".
 inline std::filesystem::path writeProgram(std::filesystem::path path, const std::string& commands) {
     const std::filesystem::path scriptedProgram = SCRIPTED_PROGRAM;
     writeFile(std::filesystem::path(path) += ".commands", commands);

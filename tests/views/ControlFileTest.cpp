@@ -23,7 +23,7 @@ ViewSet only(ViewType viewType) {
     return ViewSet(std::uint64_t{1} << (static_cast<unsigned>(viewType) & 31U));
 }
 
-/// The block is the one that docs/EXTRACTOR.md shows, or is made so by scripts/update-documents.
+/// Expects the block that docs/EXTRACTOR.md shows, or writes it for scripts/update-documents.
 std::string documented(const std::string& name, const std::string& block) {
     const fs::path file = fs::path(CONTROL_FILES) / (name + ".txt");
     if (std::getenv("VELEXTRACTA_UPDATE_DOCUMENTS") != nullptr) {

@@ -17,7 +17,7 @@ namespace {
 using tkcore::AString;
 using tkcore::LongFileName;
 
-/// A file that others cannot open while a scanner looks at it.
+/// A file that others cannot open while a virus scanner has it open.
 class HeldFile : public testing::Test {
 protected:
     void SetUp() override {
@@ -30,7 +30,7 @@ protected:
                               OPEN_EXISTING, 0, nullptr);
         ASSERT_NE(scanner, INVALID_HANDLE_VALUE);
     }
-    /// As scanners do after a moment.
+    /// Closes the file after a moment, as scanners do.
     std::jthread letGoSoon() const {
         return std::jthread([this] {
             std::this_thread::sleep_for(std::chrono::milliseconds(100));

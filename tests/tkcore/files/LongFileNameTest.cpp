@@ -26,7 +26,7 @@ AString directoryText(const std::string& text) {
     return name.FilePath();
 }
 
-/// "/", or that of the current drive.
+/// "/", or the root of the current drive.
 const std::string kRoot = fs::current_path().root_path().string();
 
 TEST(LongFileName, isAbsoluteAndOtherwiseAsGiven) {
@@ -45,7 +45,7 @@ TEST(LongFileName, endsInOneSeparatorAsADirectory) {
     EXPECT_EQ(directoryText("").wide().size(), fs::current_path().native().size() + 1);
 }
 
-/// In how many ways nothing is found by the path, and nothing written.
+/// How many of the functions that find or write a file refuse the path.
 int refusals(const LongFileName& path) {
     using tkcore::OutputFile;
     const std::function<void()> uses[] = {
@@ -75,7 +75,7 @@ TEST(LongFileName, isUsedForNoOtherFileThanItNames) {
     const std::string drive = directory.path().root_name().string();
     for (const char* name : {"it.", "it ", "it:", "it::$DATA", "x.\\..\\it", "nul\\..\\it", "NUL",
                              "com1.log", "CONIN$", "LPT\u00b9.x", "it?"}) {
-        // The last two lean on the current drive and its current directory.
+        // The last two depend on the current drive and its current directory.
         for (const std::string& text : {here + "/" + name, std::string(name),
                                         here.substr(drive.size()) + "/" + name, drive + name}) {
             EXPECT_EQ(refusals(tkcore::userPath(text)), isHere(On::kWindows) ? 5 : 1) << text;
@@ -85,7 +85,7 @@ TEST(LongFileName, isUsedForNoOtherFileThanItNames) {
     fs::current_path(before);
 }
 
-/// Or a file, where the library makes no links.
+/// Makes a link, or a file where the library makes no links.
 void makeLink(const fs::path& target, const fs::path& link) {
     std::error_code error;
     fs::create_symlink(target, link, error);

@@ -20,7 +20,7 @@ protected:
         return child.emplace().start(argv, tkcore::LongFileName(directory.path().string()));
     }
 
-    /// A program that does what the commands say.
+    /// Starts a program that follows the commands.
     int startProgram(const std::string& commands) {
         return start({writeProgram(directory / "program", commands).string()});
     }
@@ -48,7 +48,7 @@ protected:
     }
 
     /// A program with a child in another session, and a grandchild there that has lost its parent.
-    /// It goes on as the commands say.
+    /// Then it follows the commands.
     tkcore::AString writeTree(const std::string& commands) const {
         for (const std::string name : {"session", "orphan"}) {
             writeProgram(directory / name, "write " + name + ".id $pid\\n\nawait enough\n");
@@ -69,7 +69,7 @@ protected:
         }
     }
 
-    /// The program of a tree comes to its own end, the others run on.
+    /// The program of a tree ends by itself; the others run on.
     void leaveTreeBehind() {
         ASSERT_EQ(startTree("await end\nexit 5\n"), 0);
         readTree();

@@ -47,7 +47,7 @@ TEST_F(ScriptTree, isLeftAloneWhenTheKeeperOfAnotherTreeIsKilled) {
 
 class AskedTree : public ScriptTree {
 protected:
-    /// A script that notes that it runs, and that it has been asked to end; then it does as told.
+    /// A script that notes its start and the request to end; then it follows the commands.
     AString writeAsked(const std::string& name, const std::string& then) const {
         const std::string body = "exec >/dev/null 2>&1; trap 'echo > asked.$$; " + then +
                                  "' TERM; echo > ready.$$; while :; do sleep 0.01; done\n";
@@ -82,7 +82,7 @@ TEST_F(AskedTree, isAskedToEndBeforeItIsKilled) {
             pause();
         }
         awaitAll("ready", 3);
-        kill(noted("ready").front(), SIGSTOP);  // one that is suspended is woken up
+        kill(noted("ready").front(), SIGSTOP);  // a suspended one is woken up
         if (weAreKilled) {
             kill(parent, SIGKILL);
             waitpid(parent, nullptr, 0);
@@ -108,7 +108,7 @@ TEST_F(AskedTree, isEndedAlthoughItSuspendsItsKeeper) {
 }
 
 TEST_F(AskedTree, isAskedToEndAtTheSameTimeAsOthers) {
-    // Each waits for the others to be asked; asked one after the other it would be killed before.
+    // Each waits until all are asked. If they were asked one by one, it would be killed before.
     const AString meets = writeAsked(
         "meets", "until [ $(ls asked.* | wc -l) = 3 ]; do sleep 0.01; done; echo > met.$$; exit");
     std::list<ChildProgram> programs;

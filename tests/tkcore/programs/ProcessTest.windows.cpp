@@ -53,15 +53,15 @@ TEST_F(BatchFile, isGivenNoWordThatItsInterpreterWouldReplace) {
     EXPECT_EQ(start({batch, "\"C:/a & b ^ (c) ! d/design.mcm\""}), 0);
     EXPECT_EQ(waitForEnd(), 0);
     EXPECT_TRUE(exists(directory / "ran"));
-    // A program takes the words as they are.
+    // A program gets the words unchanged.
     writeProgram(directory / "program", "arguments given");
     EXPECT_EQ(start({AString((directory / "program.exe").string()), "%EVIL%"}), 0);
     EXPECT_EQ(waitForEnd(), 0);
     EXPECT_EQ(readFile(directory / "given").substr(0, 7), "%EVIL%\n");
 }
 
-/// Programs that are asked to end by a console that this test stands in for: it puts a file there
-/// for each of them, named after the group of programs that it is told to ask.
+/// Programs that a console asks to end. The test replaces the console: for each event it makes a
+/// file named after the group of programs.
 class AskedProgram : public Process {
 protected:
     void SetUp() override {
@@ -99,7 +99,7 @@ TEST_F(AskedProgram, hasASecondToEndByItself) {
 }
 
 TEST_F(AskedProgram, isAskedAtTheSameTimeAsOthers) {
-    // Each waits for the others to be asked; asked one after the other it would be killed before.
+    // Each waits until all are asked. If they were asked one by one, it would be killed before.
     const AString meets =
         writeProgram(directory / "meets", "append ready .\nawait-count asked. 3\nappend met .\n")
             .string();

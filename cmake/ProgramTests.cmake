@@ -1,6 +1,6 @@
-# Tests of built programs, started as a user starts them. The tests themselves run on this system;
-# programs for Windows they start through an emulator, and the tree that builds those programs
-# builds the tests a second time, for this system.
+# Tests of built programs, started as a user starts them. The tests run on this system and start
+# programs for Windows through an emulator. The build tree of those programs builds the tests a second
+# time, for this system.
 
 set(VELEXTRACTA_PROGRAMS "" CACHE PATH
     "Folder of programs for Windows that are to be tested instead of those of this build")
@@ -8,7 +8,7 @@ set(VELEXTRACTA_EMULATOR "" CACHE FILEPATH "What runs programs for Windows here"
 
 set(tested_programs VelExtracta extracta-standin make-design scripted-program)
 
-# WINDOWS names sources, NOT_ON_WINDOWS tests that are for the programs of one system alone.
+# WINDOWS names sources for the programs of Windows alone, NOT_ON_WINDOWS tests that leave those out.
 function(velextracta_program_test name)
     if(WIN32)
         return()
@@ -29,7 +29,7 @@ function(velextracta_program_test name)
         if(VELEXTRACTA_PROGRAMS)
             set(tested ${VELEXTRACTA_PROGRAMS}/${program}.exe)
         endif()
-        # Those of this build serve for comparison.
+        # The programs of this build serve for comparison.
         list(APPEND definitions ${definition}="${tested}" NATIVE_${definition}="${native}")
     endforeach()
     velextracta_test(${name}

@@ -1,9 +1,9 @@
-# The libraries of this system.
+# Finds the libraries of this system.
 
 if(VELEXTRACTA_STATIC)
     set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
     set(Boost_USE_STATIC_LIBS ON)
-    # At an address that differs from run to run, as programs have it that a loader loads.
+    # Position-independent: at an address that differs from run to run, as with a loader.
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     add_link_options(-static-pie)
 endif()
@@ -12,8 +12,8 @@ find_package(Boost 1.81 REQUIRED CONFIG COMPONENTS filesystem date_time thread)
 find_package(ZLIB REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBDEFLATE REQUIRED IMPORTED_TARGET libdeflate)
-# Debian's shared library deflates a sixth slower than its static one: as it was compiled, its
-# innermost loop keeps its place in memory, not in a register.
+# Debian's shared library deflates a sixth slower than its static one, because its innermost loop
+# keeps its position in memory, not in a register.
 find_library(VELEXTRACTA_STATIC_LIBDEFLATE libdeflate.a HINTS ${LIBDEFLATE_LIBRARY_DIRS})
 if(VELEXTRACTA_STATIC_LIBDEFLATE)
     set_property(TARGET PkgConfig::LIBDEFLATE
@@ -21,7 +21,7 @@ if(VELEXTRACTA_STATIC_LIBDEFLATE)
 endif()
 
 if(VELEXTRACTA_STATIC)
-    # The system's own loads extensions, which a static program cannot.
+    # The system's library loads extensions, which a static program cannot do.
     set(portable_libraries ${CMAKE_SOURCE_DIR}/build/portable-libraries CACHE PATH
         "Where scripts/build-portable-libraries has put SQLite")
     if(NOT EXISTS ${portable_libraries}/lib/libsqlite3.a)

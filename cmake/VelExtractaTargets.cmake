@@ -1,4 +1,4 @@
-# The compiler settings of every target, and the three kinds of target of this project.
+# The compiler settings of all targets, and this project's three kinds of targets.
 
 add_library(velextracta_settings INTERFACE)
 target_compile_options(velextracta_settings INTERFACE
@@ -21,12 +21,11 @@ if(WIN32)
 endif()
 
 if(VELEXTRACTA_FUZZ)
-    # Coverage is watched in all of our code; only a fuzzer itself brings the engine.
+    # Measure coverage in all of our code. Only a fuzzer links the engine.
     target_compile_options(velextracta_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# Of each pair X.posix.cpp and X.windows.cpp, named X in PAIRS, every target takes the one for this
-# system.
+# PAIRS names pairs of X.posix.cpp and X.windows.cpp by X. Each target takes the one for this system.
 if(WIN32)
     set(velextracta_pair_end .windows.cpp)
 else()
@@ -34,7 +33,7 @@ else()
 endif()
 
 # A folder of the product: one static library, its headers named from the root ("views/ViewType.h").
-# What stands under POSIX or WINDOWS is for those systems alone.
+# POSIX and WINDOWS name sources for one of these systems alone.
 function(velextracta_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;POSIX;WINDOWS;PAIRS;LIBRARIES" ${ARGN})
     if(WIN32)
@@ -58,21 +57,21 @@ function(velextracta_program name)
     endif()
 endfunction()
 
-# What Windows wants to know of a program: its manifest and its version.
+# A program's manifest and version for Windows.
 function(velextracta_resources program description)
     foreach(kind manifest rc)
         configure_file(${CMAKE_SOURCE_DIR}/packaging/windows/program.${kind} ${program}.${kind} @ONLY)
     endforeach()
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${program}.rc)
-    # The resource compiler's own search knows the script's folder only by this.
+    # Without this the resource compiler does not search the script's folder.
     set_source_files_properties(${script} PROPERTIES
         COMPILE_OPTIONS "-I${CMAKE_CURRENT_BINARY_DIR}"
         OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/${program}.manifest)
     target_sources(${program} PRIVATE ${script})
 endfunction()
 
-# A GoogleTest program whose every case is one CTest test. POSIX and WINDOWS name sources for one of
-# these systems alone, FILTER the cases, in the test framework's form.
+# A GoogleTest program; each of its cases is a CTest test. POSIX and WINDOWS name sources for one of
+# these systems alone; FILTER selects cases, in GoogleTest's form.
 function(velextracta_test name)
     cmake_parse_arguments(ARG "" "FILTER" "SOURCES;POSIX;WINDOWS;LIBRARIES;DEFINITIONS" ${ARGN})
     if(WIN32)

@@ -1,5 +1,5 @@
-# The libraries under the names that the finders of other systems give them; built beforehand by
-# scripts/build-windows-libraries.
+# Finds the libraries for Windows under the names that they have on other systems.
+# scripts/build-windows-libraries has built them.
 
 set(windows_libraries ${CMAKE_SOURCE_DIR}/build/windows-libraries CACHE PATH
     "Where scripts/build-windows-libraries has put the libraries")
@@ -30,7 +30,7 @@ velextracta_windows_library(Boost::thread boost_thread)
 velextracta_windows_library(PkgConfig::LIBDEFLATE deflate)
 velextracta_windows_library(PkgConfig::SQLITE3 sqlite3)
 
-# For the tests alone.
+# Only for the tests.
 velextracta_windows_library(PkgConfig::LIBARCHIVE archive ZLIB::ZLIB)
 target_compile_definitions(PkgConfig::LIBARCHIVE INTERFACE LIBARCHIVE_STATIC)
 velextracta_windows_library(GTest::gtest gtest)

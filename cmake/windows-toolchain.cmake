@@ -1,5 +1,5 @@
-# Debian's compiler for 64-bit Windows. What it links is static: a program needs no library beside it
-# but the system's own.
+# Debian's compiler for 64-bit Windows. It links statically: a program needs only the system's own
+# libraries.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
@@ -15,8 +15,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# Windows 10 is the first whose narrow code page can be UTF-8. The same source gives the same bytes,
-# wherever and whenever it is compiled.
+# Windows 10 is the first version whose narrow code page can be UTF-8. The same source always gives
+# the same bytes, wherever it is compiled.
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH root)
 set(CMAKE_C_FLAGS_INIT
     "-D_WIN32_WINNT=0x0A00 -fstack-protector-strong -fcf-protection=full -ffile-prefix-map=${root}/=")

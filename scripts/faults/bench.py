@@ -1,4 +1,4 @@
-"""Runs of the program, each in a directory of its own, and what is left of them."""
+"""Runs of the program, each in its own directory, and what they leave."""
 
 import contextlib
 import dataclasses
@@ -25,15 +25,15 @@ OUTCOME = re.compile(  # exit code, standard output and standard error
     r"1:VLX file written: 0x[0-9a-f]+\n:view creation failed \(2\)\.\n"
 )
 EXTRACTIONS = 4  # at once, whatever the machine
-HANG_SECONDS = 60  # of a machine that others load, too
-# What is printed must be read; what still runs when a call fails must be ended.
+HANG_SECONDS = 60  # long enough for a loaded machine
+# The program must read what is printed, and end what still runs when a call fails.
 SLOW_EXTRACTA = "layer=flood:100:0;layer=sleep:30;conn0=sleep:10"
 
 
 @dataclasses.dataclass(frozen=True)
 class Kind:
     options: list[str]
-    older: list[str]  # files in the output folder, of which notes.md is none of the run's concern
+    older: list[str]  # files in the output folder; the run must not touch notes.md
 
     @property
     def packs(self):
@@ -83,7 +83,7 @@ class Bench:
 
     @functools.cache
     def undisturbed(self, name):
-        """What every other run of the kind is compared with."""
+        """The undisturbed run with which all other runs of the kind are compared."""
         run = Run(self, name, strace())
         if run.code != 0:
             sys.exit(f"{name}: fails undisturbed with exit code {run.code}: {run.errors}")
@@ -91,10 +91,10 @@ class Bench:
 
 
 class Run:
-    """A run that is over, in a directory of its own: two at a time would take the same names.
+    """A finished run in its own directory: two at a time would use the same names.
 
-    prefix stands before the program on the command line. Once that runs, meanwhile is called with
-    the run and the process. In prefix and environment {} stands for the run's directory.
+    prefix comes before the program on the command line. Once the program runs, meanwhile is called
+    with the run and the process. In prefix and environment, {} means the run's directory.
     """
 
     def __init__(self, bench, name, prefix=(), environment=None, meanwhile=None):
@@ -116,7 +116,7 @@ class Run:
         self.output, self.errors = (self.text(name) for name in ("stdout", "stderr"))
         self.trace = self.text("trace")
         self.files = None
-        with contextlib.suppress(OSError, zipfile.BadZipFile):  # there is no whole archive
+        with contextlib.suppress(OSError, zipfile.BadZipFile):  # there is no complete archive
             self.files = self.delivered()
 
     def text(self, name):
@@ -132,7 +132,7 @@ class Run:
             process = subprocess.Popen(command, **streams, **apart)
         if meanwhile:
             meanwhile(self, process)
-        # Not by asking now and then: what is left would be gone before one looks.
+        # Do not poll: what is left could be gone before the next look.
         with open(os.pidfd_open(process.pid), "rb") as end:
             if select.select([end], [], [], HANG_SECONDS)[0]:
                 return process.wait()
@@ -142,7 +142,7 @@ class Run:
         return None
 
     def waits(self):
-        """What each thread of its processes waits in, as the kernel names it."""
+        """The kernel function in which each thread of its processes waits."""
         found = []
         for process, command in self.processes().items():
             with contextlib.suppress(OSError):  # it has ended
@@ -152,7 +152,7 @@ class Run:
         return found
 
     def processes(self):
-        """Those that name the directory on their command line or stand in it."""
+        """The processes with the directory on their command line or as their current one."""
         found = {}
         for process in Path("/proc").glob("[0-9]*"):
             with contextlib.suppress(OSError):  # it has ended, or belongs to somebody else
@@ -162,7 +162,7 @@ class Run:
         return found
 
     def end_left_processes(self):
-        """Their command lines. A run waits for the end of what it ends: nothing may be left."""
+        """Command lines of the processes. A run waits until they have ended: none may be left."""
         left = self.processes()
         for process in left:
             with contextlib.suppress(ProcessLookupError):
@@ -170,7 +170,7 @@ class Run:
         return sorted(left.values())
 
     def left_entries(self):
-        """What lies about, as paths in the run's directory."""
+        """Files that should not be there, as paths in the run's directory."""
         ours = {"design.mcm", "out", "trace", "stdout", "stderr", "asked"}
         left = {entry.name for entry in self.directory.iterdir()} - ours
         for entry in self.folder.iterdir():
@@ -179,7 +179,7 @@ class Run:
         return sorted(left)
 
     def delivered(self):
-        """What was delivered: contents by name. An older archive counts as a file."""
+        """The delivered contents by name. An older archive counts as a file."""
         archive = self.folder / "run.vlx"
         if not self.kind.packs or archive.read_bytes() == OLDER:
             delivered = [entry for entry in self.folder.iterdir() if entry.is_file()]
@@ -187,7 +187,7 @@ class Run:
         else:
             with zipfile.ZipFile(archive) as new:
                 files = {Path(name).name: new.read(name) for name in new.namelist()}
-        # The views name the design that they are from.
+        # The views contain the design's path.
         place = str(self.directory).encode()
         return {name: contents.replace(place, b"") for name, contents in files.items()}
 
@@ -203,7 +203,7 @@ class Run:
 
 
 def check_end(run):
-    """A line for each promise that a run breaks whatever happens to it."""
+    """A line for each broken promise, of those that hold in every run."""
     if run.code is None:
         yield f"still runs after {HANG_SECONDS} s: {run.waits_in}"
     if run.left_processes:
@@ -217,7 +217,7 @@ def check_outcome(run, allowed):
 
 
 def check_files(run, wanted, may_miss=()):
-    """A run that fails leaves the older files, but a move that fails stops in its midst."""
+    """A failed run leaves the older files; but a failed move stops half-way."""
     older = run.older_files()
     if run.files is None:
         yield "leaves no whole archive"
@@ -237,7 +237,7 @@ def check_files(run, wanted, may_miss=()):
 
 
 def heed_signals():
-    """What our caller has switched off, as a shell does in the background, stays off for no run."""
+    """Resets signals that our caller ignores, as a shell does in the background, for all runs."""
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
         if signal.getsignal(number) == signal.SIG_IGN:
             signal.signal(number, signal.SIG_DFL)

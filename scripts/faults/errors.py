@@ -1,8 +1,8 @@
-"""Every call of the program's own process that can really fail does so once, each occurrence of it.
+"""Lets each occurrence of each call of the program's own process that can fail fail once.
 
-Whatever fails, the run ends with exit code 0 and the files of an undisturbed run, or says on the
-standard streams what a failed run says and leaves the older archive or a whole new one. It leaves
-no process, and no directory unless the failed call was to remove it.
+The run must end with exit code 0 and the files of an undisturbed run, or with the outcome lines of a
+failed run and the older archive or a complete new one. It must leave no process, and no directory
+unless the failed call was to remove it.
 """
 
 import collections
@@ -13,7 +13,7 @@ import sys
 from bench import KINDS, OUTCOME, Run, check_end, check_files, check_outcome
 from tracing import calls, strace
 
-# What calls fail with; those with two errors have callers that must take them differently.
+# The errors of calls. If there are two, callers must handle them differently.
 ERRORS = {
     "EACCES": "chdir fchdir",
     "EAGAIN": "clone clone3 fork getrandom vfork",
@@ -31,8 +31,8 @@ ERRORS = {
     "EPERM": "fchmod fchmodat fchown utimensat",
 }
 
-# Calls that cannot fail, as strace writes them, and why. A call that neither table names ends the
-# command: somebody has to decide.
+# Calls that cannot fail, as strace writes them, and why. A call in neither table ends the command:
+# a person has to decide.
 LEFT_OUT = {
     r"close\(": "injected, it would leave the descriptor open, which the system never does",
     r"brk\(": "tells failure without an error, and malloc then turns to mmap",
@@ -53,16 +53,16 @@ LEFT_OUT = {
 
 OUTCOMES = {
     "": OUTCOME,
-    # Nothing is said to be written where there is no memory to go on.
+    # Without memory the line about the written file may be missing.
     "ENOMEM": re.compile(OUTCOME.pattern + r"|1::view creation failed \(2\)\.\n"),
 }
 WRITES_OUTCOME = 'write(1, "VLX file written: '
 UNWRITTEN = re.compile("0::")
-# An added file whose copy fails ends the program, and leaves the working directory.
+# If an added file cannot be copied, the program ends and leaves the working directory.
 ABORT = re.compile(f"-{signal.SIGABRT.value}::")
 WORKING_DIRECTORY = re.compile(r"(out/)?extract-?\d+")
-# What cannot be looked at is not there, and that is no failure: neither of a working directory,
-# which then holds nothing to deliver, nor of an added file.
+# If the status of a path cannot be read, the program takes it as missing. That is no failure, neither
+# for the working directory, which then has nothing to deliver, nor for an added file.
 ASKS_FOR_WORKING_DIRECTORY = re.compile(r'\w*stat\w*\([^"]*"[^"]*/extract-?\d+/?"')
 ASKS_FOR_ADDED_FILE = re.compile(r'\w*stat\w*\([^"]*"[^"]*/added/([^"]*)"')
 OPENS_ADDED_FILE = re.compile(r'open\w*\([^"]*"[^"]*/added/')
@@ -71,7 +71,7 @@ Injection = collections.namedtuple("Injection", "run call occurrence error")
 
 
 class FailedCall:
-    """The call that strace let fail in a run, with the run's trace before it."""
+    """The call that strace made fail in a run, with the run's trace before it."""
 
     def __init__(self, run):
         trace, injected, _ = run.trace.partition(" (INJECTED)")
@@ -83,17 +83,17 @@ class FailedCall:
         return self.line.startswith(WRITES_OUTCOME)
 
     def removes(self):
-        """Only the removal comes behind the outcome."""
+        """Only the removal comes after the outcome."""
         return WRITES_OUTCOME in self.before
 
     def copies(self):
-        """Between the first added file's opening and the listing of what is to be delivered."""
+        """Between the opening of the first added file and the listing before the delivery."""
         opened = [line for line in self.before.splitlines() if OPENS_ADDED_FILE.match(line)]
         copying = self.before.rpartition(opened[-1])[2] if opened else "getdents64("
         return OPENS_ADDED_FILE.match(self.line) or "getdents64(" not in copying
 
     def may_miss(self, wanted):
-        """The names of what need not be delivered."""
+        """The names of files that need not be delivered."""
         if ASKS_FOR_WORKING_DIRECTORY.match(self.line) and "getdents64(" not in self.before:
             return set(wanted)
         asked = ASKS_FOR_ADDED_FILE.match(self.line)
@@ -117,7 +117,7 @@ def check(run, call, error, wanted):
 
 
 def perform(bench, injection):
-    """Lets one call of one run fail; how it went, and a line for each broken promise."""
+    """Makes one call of one run fail; returns the outcome, and a line for each broken promise."""
     name, call, occurrence, error = injection
     fault = f"--inject={call}:error={error}:when={occurrence}"
     run = Run(bench, name, strace("--signal=none", f"--trace={call},openat,getdents64,write", fault))

@@ -1,4 +1,4 @@
-"""Makes the system calls of VelExtracta fail, and holds each run to what is promised.
+"""Makes the system calls of VelExtracta fail, and checks the promises of each run.
 
 Three modes, in turn if none is named:
 

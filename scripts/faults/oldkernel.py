@@ -1,9 +1,9 @@
-"""What came after Linux 3.10 is not there, or is forbidden as in an older sandbox.
+"""Withholds system calls that are newer than Linux 3.10, or forbidden in an older sandbox.
 
-For the program, its keepers and its extractors alike, each such call that a run makes fails always,
-one call a run, and then all of them together. Each run does its work in the older way: exit code 0,
-the files of an undisturbed run, no process and no directory left. One that is interrupted still
-asks its extractors to end, and also what has lost its parent, before it ends them.
+In each run one of these calls always fails, for the program, its keepers and its extractors; in a
+last run all of them fail. Each run must succeed in the older way: exit code 0, the files of an
+undisturbed run, no process and no directory left. An interrupted run must still ask its extractors
+and their orphans to end before it kills them.
 """
 
 import collections
@@ -20,7 +20,7 @@ from tracing import strace
 from withhold import is_newer
 
 NOT_THERE_OR_FORBIDDEN = ["ENOSYS", "EPERM"]
-# What an older system, a file system or a sandbox refuses although it has the call.
+# Calls that an older system, a file system or a sandbox has but refuses.
 REFUSED = {
     "O_TMPFILE": ["EISDIR", "EOPNOTSUPP"],
     "fchmod": ["EPERM"],
@@ -38,7 +38,7 @@ RUNS = {
 } | {INTERRUPTED: "default run that packs"}
 SUCCESS = re.compile(OUTCOME.pattern.partition("|")[0])
 
-# Waits to be asked to end, as does a child of its that has lost its parent, and tells of it.
+# Waits until it is asked to end, and writes that down. So does its child, which has lost its parent.
 POLITE_EXTRACTOR = """#!/bin/sh
 [ "$1" = --child ] || (setsid "$0" --child &)
 trap 'echo "$$ was asked" >>"$ASKED"; exit 0' TERM
@@ -52,7 +52,7 @@ Injection = collections.namedtuple("Injection", "run withheld")
 
 
 def words_of(run):
-    """The processes that have said each of the two things."""
+    """The processes that have written each of the two lines."""
     lines = [line.split(" ", 1) for line in run.text("asked").splitlines()]
     return tuple(
         {process for process, word in lines if word == said} for said in ("is ready", "was asked")
@@ -60,11 +60,11 @@ def words_of(run):
 
 
 def interrupt(run, process):
-    """Once all have said that they wait: what is just being started may not be asked."""
+    """When all have written that they wait: a process that is just starting may not be asked."""
     end = time.monotonic() + HANG_SECONDS
     while len(words_of(run)[0]) < WAITING and process.poll() is None and time.monotonic() < end:
         time.sleep(0.01)
-    # Before the program there may be one that looks at it.
+    # A process that traces the program may come before it.
     children = Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
     traces = "strace" in os.readlink(f"/proc/{process.pid}/exe")
     os.kill(int(children[0]) if traces else process.pid, signal.SIGINT)

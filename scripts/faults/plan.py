@@ -1,16 +1,16 @@
-"""What happens in one run of the soak, all of it drawn from the seed, and what may come of it."""
+"""The events of one run of the soak, all drawn from the seed, and the outcomes they allow."""
 
 import copy
 import random
 import signal
 
-# A view of a default run, as the name of its control file has it. In a cell run there is but one
+# Views of a default run, as the names of their control files have them. A cell run has only one
 # extraction, whatever is drawn.
 VIEWS = ["layer", "paddef", "fullgeo", "diestack", "net", "component", "outline", "compositepad"]
 VIEWS += ["logicalpin", "connnets", "conn0", "conn1", "conn2", "connremainder"]
 SURE_VIEWS = {view for view in VIEWS if not view[-1].isdigit()}
 
-# What an extractor does before or behind its work, as a shell does it. Words with @ are drawn.
+# Shell commands of an extractor before or after its work. Words with @ are drawn.
 HARMLESS = [
     "sleep @time",
     "head -c @bytes /dev/zero | tr '\\0' x",
@@ -23,7 +23,7 @@ HARMLESS = [
     "setsid sh -c 'exec 3</proc/self/fd/1; exec cat <&3 >/dev/null' &",
     "cd /",
 ]
-# The same, but what is left in the working directory is delivered where files are added.
+# The same, but what is left in the working directory is delivered if files are added.
 LITTERING = [
     '(cd "$run" && mkdir -p deep/er/and/er && touch deep/er/file && chmod 0 deep/er deep)',
     'i=0; while [ $i -lt 200 ]; do touch "$run/many $i"; i=$((i + 1)); done',
@@ -31,7 +31,7 @@ LITTERING = [
 ]
 FATAL = ["exit @code", "ended; kill -@signal $$", "kill -9 $PPID", "kill -TERM $PPID"]
 FATAL += ["ended; kill -9 0"]
-# Only behind the work: what the extractor has written is replaced, and may not be delivered.
+# Only after the work: these replace the extractor's file, which then may not be delivered.
 SPOILING = [
     'rm "$first"',
     'cp /dev/null "$first"',
@@ -42,7 +42,7 @@ SPOILING = [
     'chmod 0 "$first"',
     'head -c 300 "$first" >"$first.cut"; mv "$first.cut" "$first"',
 ]
-# To the working directory.
+# What happens to the working directory.
 DISPLACING = [
     'rm -rf "$run"',
     'mv "$run" "$site/moved"',
@@ -53,7 +53,7 @@ DISPLACING = [
     'chmod 0 "$run"',
     'rm -f "$run/conn.txt"; mkdir "$run/conn.txt"; touch "$run/conn.txt/x"',
 ]
-# By the survey, before these are made: they are made anew all the same.
+# The survey makes these before the program does. The program makes them anew.
 PLANTING = [
     'ln -s "$design" "$run/conn.txt"',
     'ln "$design" "$run/conn.txt"',
@@ -96,7 +96,7 @@ ADDED = [
     (["-add", "clash/layer.txt"], True),
 ]
 ADDED_WEIGHTS = [9, 3, 3, 1, 1, 1]
-# Paths of archives and folders with what becomes of them: delivered, refused, or it depends.
+# Paths of archives and folders, and the result: delivered, refused, or it depends.
 ARCHIVES = [("new.vlx", "good"), ("old.vlx", "good"), ("link.vlx", "good"), ("no/new.vlx", "bad")]
 ARCHIVES += [("design.mcm", "bad"), ("other.MCM", "bad"), ("fifo", "bad"), ("out", "bad")]
 ARCHIVES += [("closed/new.vlx", "unsure")]
@@ -129,7 +129,7 @@ class Plan:
         self.log = self.log.replace("@level", self.random.choice("012"))
         self.log = self.log.replace("@design", self.design).replace("@output", self.output)
         self.kinds = set()  # of disturbances
-        self.dirty = []  # beginnings of the names of views that may hold anything
+        self.dirty = []  # beginnings of the names of views with any content
         self.fails = False  # for certain
         self.commands = {"before": [], "behind": []}
         for kind in choose([*DISTURBANCES], WEIGHTS, k=self.random.choice([0, 1, 1, 2, 3])):
@@ -138,7 +138,7 @@ class Plan:
         self.draw_signals()
 
     def undisturbed(self):
-        """The same run with nothing that goes wrong."""
+        """The same run without disturbances."""
         plan = copy.copy(self)
         plan.packs, plan.output, plan.log = False, "empty", ""
         plan.is_silent = plan.is_hang_up_ignored = plan.is_log_stuck = False
@@ -153,7 +153,7 @@ class Plan:
         if kind == "planting" and self.is_cell:
             return  # there is neither a survey nor a merge
         if kind in {"spoiling", "displacing"} and kind in self.kinds:
-            return  # by the second, what a link leads to would be spoilt or displaced
+            return  # the second would spoil or displace what a link leads to
         view = self.random.choice(VIEWS)
         if kind == "planting":
             view = "connnets"
@@ -183,7 +183,7 @@ class Plan:
         if self.may_hang() or self.chance(0.5):
             name = self.random.choices(ENDING, ENDING_WEIGHTS)[0]
             kills_keepers = any("$PPID" in text for _, text in self.all_commands())
-            # Whoever has ended or stopped a keeper is not ended by it when nobody else is there.
+            # A killed keeper ends nobody; then only the program can end its processes.
             if name in UNCLEAN and kills_keepers or name == "SIGHUP" and self.is_hang_up_ignored:
                 name = "SIGTERM"
             at = self.random.uniform(0, 0.1 if self.chance(0.3) else 2.5)
@@ -214,20 +214,20 @@ class Plan:
         return "hanging" in self.kinds or self.is_log_stuck
 
     def replaces_folder(self):
-        """Whether something else may stand in the place of the working directory."""
+        """Whether something else may be in the place of the working directory."""
         marks = ['mkdir "$run";', 'touch "$run"', '"$site/mine" "$run"', '../mine "$run"']
         return any(mark in text for _, text in self.all_commands() for mark in marks)
 
     def may_deliver(self):
-        # Where the working directory is gone, there is nothing to deliver to whatever place.
+        # Without the working directory there is nothing to deliver, so even a bad output is fine.
         is_empty = not self.packs and "displacing" in self.kinds
         is_possible = self.design == "design.mcm" and (self.output_quality != "bad" or is_empty)
-        # What an added file would clash with may be gone.
+        # The file with the name of the added one may be gone.
         clashes = self.added_fails and not self.kinds & {"spoiling", "displacing"}
         return is_possible and not self.fails and not clashes
 
     def must_deliver(self):
-        """If no signal comes."""
+        """Whether the run must deliver, if no signal comes."""
         disturbing = {"fatal", "spoiling", "displacing", "hanging"}
         if self.added:
             disturbing.add("littering")
@@ -246,13 +246,13 @@ class Plan:
         return any(name.startswith(beginning) for beginning in self.dirty)
 
     def extractor(self, standin, tools):
-        """The text of the program that is started for extracta."""
+        """The script that is started as extracta."""
         lines = ["#!/bin/sh", f"tools={tools}"]
         lines += ["design=$4 first=$6 run=${6%/*} site=${4%/*} stem=${5##*/}"]
-        # Its own end is noted, and what it leaves behind says whose it is.
+        # It notes its own end, and marks the processes that it leaves.
         lines += ['ended() { echo "$stem" >>"$tools/ended"; }', "trap ended EXIT"]
         lines += ["export LEFT_BY=$stem"]
-        # A shell that starts in a folder which is gone says so, and may find no reader any more.
+        # A shell that starts in a removed folder prints that, perhaps without a reader.
         lines += ['daemon() { (cd / && exec setsid "$@") &', 'echo "$! $stem" >>"$tools/daemons"; }']
         for pattern, text in self.commands["before"]:
             lines += [f"case $stem in {pattern}) {text} ;; esac"]

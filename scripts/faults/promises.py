@@ -1,4 +1,4 @@
-"""What is promised of a run of the soak, whatever has been done to it."""
+"""The promises that hold for each run of the soak, whatever happens to it."""
 
 import contextlib
 import re
@@ -22,7 +22,7 @@ UNFINISHED = re.compile(r"((out|mine|closed)/)?\.unfinished-[0-9a-f]{16}$")
 
 
 def outcomes_of(plan, code, output, errors):
-    """The names of the outcomes that the end of a run may be."""
+    """The names of the outcomes that fit the end of a run."""
     if plan.log.startswith("0:-"):
         errors = LOG_LINES.sub("", errors)
     if code == -signal.SIGABRT:
@@ -31,13 +31,13 @@ def outcomes_of(plan, code, output, errors):
         codes = {name: text.partition(":")[0] for name, text in OUTCOMES.items()}
         return {name for name, text in codes.items() if text == ("-" if code < 0 else str(code))}
     if code < 0 and signal.Signals(-code).name in UNCLEAN and errors == "":
-        output = re.sub(WRITTEN, "", output)  # it may come right behind the outcome line
+        output = re.sub(WRITTEN, "", output)  # a signal may come right after the outcome line
     text = f"{'-' if code < 0 else code}:{output}:{errors}"
     return {name for name, pattern in OUTCOMES.items() if re.fullmatch(pattern, text)}
 
 
 def allowed_outcomes(plan, code, sent):
-    """sent are the names of the signals that have reached the program."""
+    """sent has the names of the signals that have reached the program."""
     ending = plan.ending_signals() & sent
     disturbing = {"fatal", "spoiling", "displacing", "hanging"}
     allowed = set()
@@ -63,7 +63,7 @@ def delivered_files(plan, site):
 
 
 def check_delivery(plan, site, wanted, is_whole):
-    """What is there is right, and all of it if it is whole, but for what extractors have spoilt."""
+    """The delivered files are right, and complete after a success, except spoilt ones."""
     try:
         found = delivered_files(plan, site)
     except (OSError, ValueError) as error:
@@ -97,13 +97,13 @@ def check_changes(plan, site, outcome, was_killed, wanted):
     changes = site.changes()
     may_be_delivered = outcome == "delivered" or was_killed
     if outcome == "not packed" and not plan.packs and plan.output_quality != "bad":
-        may_be_delivered = True  # a move that fails stops in its midst
+        may_be_delivered = True  # a failed move stops half-way
     stays = was_killed or outcome == "aborted"
     for path in sorted(changes):
         if may_be_delivered and is_output(plan, path, wanted):
             continue
         if plan.packs and path == plan.log_path():
-            continue  # a log in a folder where no views go
+            continue  # a log in a folder without views
         if WORKING_DIRECTORY.match(path) and (stays or plan.replaces_folder()):
             continue
         if stays and path.partition("/")[0] == "moved":
@@ -126,12 +126,12 @@ def is_running(process):
 
 
 def may_be_left(process, command, ended):
-    """Whether an extractor that came to its own end has left the process behind."""
+    """Whether the process comes from an extractor that ended by itself."""
     environment = ""
     while not environment and is_running(process):  # empty while it becomes another program
         with contextlib.suppress(OSError):
             environment = Path(f"/proc/{process}/environ").read_text(errors="replace")
-    # The first is a part of the extractor itself, as a shell makes them.
+    # The first is a process of the extractor's own shell.
     of = re.search(r"/tools/extractor .*/(extracta_control\w*\.txt) ", command)
     of = of or re.search(r"(?:^|\0)LEFT_BY=([^\0]*)", environment)
     return of[1] in ended if of else not is_running(process)
@@ -151,7 +151,7 @@ def check(plan, site, run, wanted):
     was_killed = run.code < 0 and signal.Signals(-run.code).name in UNCLEAN
     has_output = any(is_output(plan, path, wanted) for path in site.changes())
     if run.outcome == "delivered" or has_output:
-        # A move may stop in its midst.
+        # A move may stop half-way.
         is_whole = plan.packs or run.outcome == "delivered"
         yield from check_delivery(plan, site, wanted, is_whole)
     if run.outcome == "delivered":

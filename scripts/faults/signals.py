@@ -1,7 +1,7 @@
-"""SIGINT and SIGTERM arrive at the return of every call of the program's own process, one a run.
+"""Sends SIGINT or SIGTERM at the return of each call of the program's own process, one in each run.
 
-Before the delivery begins, the run then ends by that signal and leaves what was there before; from
-then on it ends with exit code 0 and delivers everything. It leaves no process and no directory.
+Before the delivery begins, the run must end by that signal and leave what was there before. After
+that it must end with exit code 0 and deliver everything. It must leave no process and no directory.
 """
 
 import collections
@@ -12,7 +12,7 @@ from bench import KINDS, OUTCOME, Run, check_end, check_files, check_outcome
 from tracing import calls, strace
 
 SIGNALS = ["SIGINT", "SIGTERM"]
-# Words of a run that fails; none before the program has a handler for the signal.
+# Outcome of a failed run; empty before the program handles the signal.
 OUTCOMES = {
     name: re.compile(
         r"0:VLX file written: 0x[0-9a-f]+\n:|"
@@ -22,7 +22,7 @@ OUTCOMES = {
     for name in SIGNALS
 }
 
-# The first of these puts an archive or a file in its place: from then on the run goes on to its end.
+# The first of these calls puts an archive or a file in its place; then the run finishes.
 DELIVERS = re.compile(r"^(linkat|renameat2?)\(", re.MULTILINE)
 
 Injection = collections.namedtuple("Injection", "run call occurrence signal")
@@ -39,7 +39,7 @@ def check(run, name, wanted, has_delivered):
 
 
 def perform(bench, injection):
-    """Sends one signal to one run; how it went, and a line for each broken promise."""
+    """Sends one signal to one run; returns the outcome, and a line for each broken promise."""
     name, call, occurrence, sent = injection
     signalling = f"--inject={call}:signal={sent}:when={occurrence}"
     traced = f"--trace={call},linkat,renameat,renameat2"

@@ -1,4 +1,4 @@
-"""The folders that a run of the soak works in, and what has become of them."""
+"""The folders of a run of the soak, and their changes."""
 
 import hashlib
 import os
@@ -10,12 +10,12 @@ import zipfile
 from pathlib import Path
 
 OLDER = b"what an older run has left"
-BIG_BYTES = 3_000_000  # of an added file: more than one piece of an archive
+BIG_BYTES = 3_000_000  # size of an added file: more than one piece of an archive
 
 
 class Site:
-    """Below the directory, which the user of the run owns: site, where the design and the outputs
-    are, and tools, where extractors and logs are."""
+    """Two folders in the directory, which the user of the run owns: site with the design and the
+    outputs, and tools with extractors and logs."""
 
     def __init__(self, directory, design, user):
         self.path = directory / "site"
@@ -41,7 +41,7 @@ class Site:
         self.before = self.entries()
 
     def entries(self):
-        """What there is, by its path: kind, permissions, number and contents of each."""
+        """All entries by path: kind, permissions, number and contents."""
         found = {}
         for folder, folders, files in os.walk(self.path):
             for name in folders + files:
@@ -56,16 +56,16 @@ class Site:
         return found
 
     def changes(self):
-        """The paths of what is not as it was before the run."""
+        """The paths of all changes since the start of the run."""
         after = self.entries()
         return {path for path in self.before.keys() | after if self.before.get(path) != after.get(path)}
 
     def contents(self, path):
-        """The bytes without the design's path, which the views name."""
+        """The bytes without the design's path, which the views contain."""
         return Path(path).read_bytes().replace(str(self.path).encode(), b"")
 
     def folder_files(self, folder):
-        """Contents by name, of another run's results; None for what is no regular file."""
+        """Contents by name of another run's results; None for anything but a regular file."""
         found = {}
         for entry in (self.path / folder).iterdir():
             is_file = entry.is_file() and not entry.is_symlink()
@@ -73,7 +73,7 @@ class Site:
         return found
 
     def packed_files(self, archive):
-        """The same of an archive; raises ValueError with what is wrong with it."""
+        """The same for an archive; raises ValueError if something is wrong with it."""
         path = self.path / archive
         tested = subprocess.run(["unzip", "-tqq", path], capture_output=True, text=True)
         if tested.returncode != 0 and not tested.stdout.endswith("zipfile is empty\n"):

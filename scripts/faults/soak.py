@@ -1,11 +1,11 @@
-"""Runs random extractors under random options and random signals for a time, and checks every
-promise after each run. Prints a line for each that is broken, with the seed of the run, which
-repeats the run: scripts/soak 0 SEED. The moment at which a signal arrives is drawn, too, but how
-far the run has come by then is up to the machine.
+"""Runs random extractors with random options and random signals for a time, and checks every promise
+after each run. Prints a line for each broken promise, with the seed of the run. To repeat a run:
+scripts/soak 0 SEED. The time of a signal is drawn, too; how far the run has come by then depends on
+the machine.
 
-All runs are in a space of process numbers of their own, where what is left of a run is seen and
-ended; at most so many processes may run in it that extractors which start others for ever do no
-harm. As root, it runs the program as a user that nobody else is.
+All runs are in their own process namespace, which shows and ends the processes that a run leaves. A
+limit on its processes makes extractors harmless that start others without end. If started by root,
+the program runs as an unused user.
 """
 
 import argparse
@@ -31,28 +31,28 @@ from promises import check, is_running, may_be_left
 from site_of_run import Site
 
 MOST_PROCESSES = 250
-FIRST_USER, USERS = 40_000, 20_000  # nobody else's, nor that of another soak
-# Of a machine that others load, too.
+FIRST_USER, USERS = 40_000, 20_000  # unused, also by another soak
+# Long enough for a loaded machine.
 LONGEST_RUN = 120
 LONGEST_END = 60
 PROGRAMS = ["VelExtracta", "extracta-standin", "make-design"]
 
 
 def other_processes():
-    """Those that run but for the two of the soak itself: command lines by number."""
+    """Running processes, without the two of the soak itself: command lines by number."""
     found = {}
     for process in Path("/proc").glob("[0-9]*"):
         number = int(process.name)
         with contextlib.suppress(OSError):
             command = (process / "cmdline").read_text(errors="replace").replace("\0", " ")
-            # Nothing of it can be read once it is about to end, or to become another program.
+            # A process that is about to end, or to become another program, has no command line.
             if command and number not in {1, os.getpid()}:
                 found[number] = command.strip()
     return found
 
 
 def end_all_processes():
-    """Stopped first: what starts others for ever would be ahead of us."""
+    """Stops the processes before it ends them: one may start others without end."""
     while left := other_processes():
         for sent in (signal.SIGSTOP, signal.SIGKILL):
             for process in left:
@@ -66,7 +66,7 @@ def has_news(file, until):
 
 
 def fill(pipe):
-    """Opens a pipe that nobody reads from, and leaves no room in it."""
+    """Opens a pipe that nobody reads from, and fills it."""
     descriptor = os.open(pipe, os.O_RDWR | os.O_NONBLOCK)
     with contextlib.suppress(BlockingIOError):
         while True:
@@ -75,14 +75,14 @@ def fill(pipe):
 
 
 def is_heeded(process, number):
-    """Whether the process catches or ignores the signal: at its very start it does not yet."""
+    """Whether the process catches or ignores the signal; at its start it does not yet."""
     status = Path(f"/proc/{process}/status").read_text()
     masks = re.findall(r"^Sig(?:Ign|Cgt):\s*(\w+)", status, re.MULTILINE)
     return any(int(mask, 16) >> (number - 1) & 1 for mask in masks)
 
 
 class SoakRun:
-    """The program as the plan has it, from its start to its end."""
+    """The program's run by the plan, from its start to its end."""
 
     def __init__(self, soak, plan, site):
         self.soak, self.plan, self.site = soak, plan, site
@@ -98,9 +98,9 @@ class SoakRun:
         )
 
     def look_at_processes(self):
-        """Nothing may be left, but for what extractors that came to their own end have left."""
+        """Nothing may be left, except processes of extractors that ended by themselves."""
         ended = self.lines("ended")
-        # Where the program has no time to end all that it has started, its keepers do so.
+        # If the program has no time to end its processes, the keepers do so.
         is_killed = self.code is not None and -self.code in {signal.SIGKILL, signal.SIGQUIT}
         limit = time.monotonic() + (LONGEST_END if is_killed else 0)
         while True:
@@ -197,7 +197,7 @@ class Soak:
         self.design = directory / "design.mcm"
         make_design = [directory / "bin/make-design", "--nets", "8", "--records", "200"]
         subprocess.run([*make_design, self.design], check=True)
-        self.wanted = {}  # files of undisturbed runs, by what they depend on
+        self.wanted = {}  # files of undisturbed runs, by the options they depend on
         self.outcomes = collections.Counter()
         self.longest_end = 0
         self.broken = 0
@@ -215,7 +215,7 @@ class Soak:
             subprocess.run(["rm", "-rf", place], check=True)
 
     def wanted_by(self, plan):
-        """What an undisturbed run with these options delivers; nothing if this cannot deliver."""
+        """The files of an undisturbed run with these options; nothing if it cannot deliver."""
         key = (plan.is_cell, *plan.nets, *plan.added)
         if plan.may_deliver() and not plan.added_fails and key not in self.wanted:
             with self.run(plan.undisturbed()) as (site, run):
@@ -273,8 +273,8 @@ def soak(directory, options):
 
 
 def start_apart(options):
-    """Never returns: starts this script again, in a space of process numbers of its own."""
-    # Whatever the propagation, the new /proc is seen inside alone.
+    """Never returns: starts this script again, in its own process namespace."""
+    # The new /proc is visible only inside, whatever the propagation.
     apart = ["unshare", "--pid", "--fork", "--kill-child", "--propagation", "unchanged"]
     apart += ["--mount-proc"]
     inside = ["--inside", "--bin", str(options.bin)]
@@ -288,7 +288,7 @@ def start_apart(options):
 
 
 def reap_for(work):
-    """Is the first process there, which others fall to, while a child does the work."""
+    """Is the first process there, which adopts orphans, while a child does the work."""
     worker = os.fork()
     if worker == 0:
         sys.exit(work())

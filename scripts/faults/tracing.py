@@ -1,22 +1,22 @@
-"""The system calls of a run as strace tells them, and which of them are worth a fault."""
+"""The system calls of a run as strace shows them, and the selection of those to make fail."""
 
 import collections
 import re
 
-# How often these are called depends on the machine: the first of them count, then some of the rest.
+# The number of these calls depends on the machine: take the first ones, then some of the rest.
 POLLING = {"clock_nanosleep", "epoll_pwait", "epoll_wait", "ioctl", "nanosleep", "poll", "ppoll"}
 FIRST_POLLS, POLL_STEP = 20, 5
 
 
 def strace(*options):
-    """What to put before the program. Its children run freely: only its own process is looked at."""
+    """The command before the program's. Only the program's own process is traced."""
     return ["strace", "-qq", "-o", "{}/trace", *options]
 
 
 def calls(trace):
-    """Those of the program behind its loader: line, name, and how many of the name it was."""
+    """The program's calls after its loader: line, name, and number among those of the name."""
     lines = trace.splitlines()
-    # The last that the loader does is to let go of its cache: before, the program is not there.
+    # The loader ends by unmapping its cache; the program begins after that.
     loaded = next(number for number, line in enumerate(lines) if line.startswith("munmap("))
     counts = collections.Counter()
     for number, line in enumerate(lines):

@@ -1,9 +1,9 @@
-"""Starts a program for which the system has fewer calls, and so for all that it starts.
+"""Starts a program for which some system calls fail, also in all processes that it starts.
 
 Usage: withhold.py CALL=ERROR... -- PROGRAM ARGUMENT...
 
-CALL is the name of a system call, "newer" for all that came after Linux 3.10, or O_TMPFILE for the
-opening of an unnamed file; ERROR is what they fail with, such as ENOSYS.
+CALL is the name of a system call, "newer" for all calls newer than Linux 3.10, or O_TMPFILE for the
+opening of an unnamed file. ERROR is their error, such as ENOSYS.
 """
 
 import ctypes
@@ -11,10 +11,10 @@ import errno
 import os
 import sys
 
-ALLOW, FAIL = 0x7FFF0000, 0x00050000  # what the library's filter does with a call
+ALLOW, FAIL = 0x7FFF0000, 0x00050000  # actions of the library's filter
 MASKED_EQUAL = 7
-LAST_NUMBER = 1000  # far behind the last call that there is
-library = ctypes.CDLL("libseccomp.so.2")  # which Debian's apt needs, too
+LAST_NUMBER = 1000  # far above the last system call
+library = ctypes.CDLL("libseccomp.so.2")  # always there: Debian's apt needs it
 library.seccomp_init.restype = ctypes.c_void_p
 
 
@@ -28,17 +28,17 @@ class Comparison(ctypes.Structure):
 
 
 def number_of(call):
-    """Negative for a call that this machine does not have."""
+    """The number of a call; negative if this machine does not have it."""
     return library.seccomp_syscall_resolve_name(call.encode())
 
 
 def is_newer(call):
-    # Calls are numbered as they come, and this is the last that 3.10 has.
+    # New calls get the next number; this is the last call of Linux 3.10.
     return number_of(call) > number_of("finit_module")
 
 
 def rules(call):
-    """Pairs of a call's number and the comparisons that it is withheld for."""
+    """Pairs of a call's number and the comparisons of its arguments for which it is withheld."""
     if call == "newer":
         return [(number, []) for number in range(number_of("finit_module") + 1, LAST_NUMBER)]
     if call == "O_TMPFILE":

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds docs/VIEWS.md and docs/EXTRACTOR.md against the programs, and runs the recipes in them.
+"""Compares docs/VIEWS.md and docs/EXTRACTOR.md with the programs, and runs the recipes in them.
 
 Usage: DocumentTest.py BIN DOCS     (the built programs, the folder of the documents)
 """
@@ -34,7 +34,7 @@ def recipe(heading, language="sh"):
 
 
 def rows(header):
-    """The rows of the table that begins so, each a list of cells."""
+    """The rows of the table with this header, each a list of cells."""
     table = VIEWS.partition(f"\n| {header} ")[2].partition("\n\n")[0].split("\n")[2:]
     return [[cell.strip(" `") for cell in row.strip("|").split("|")] for row in table]
 
@@ -58,7 +58,7 @@ class Documents(unittest.TestCase):
             Path(arguments[-1]).mkdir() if "-z" not in arguments else None
             subprocess.run([BIN / "VelExtracta", *arguments], check=True, capture_output=True)
         with open("all/net.txt", "r+b") as nets:
-            more = nets.readline().count(b"!") - 3  # columns than the two with odd values
+            more = nets.readline().count(b"!") - 3  # columns besides the two with odd values
             nets.seek(0, os.SEEK_END)
             nets.write(b'S!"Q", a "quoted" one!"!' + b"NA!" * more + b"\r\n")
 
@@ -73,7 +73,7 @@ class Documents(unittest.TestCase):
         return table[0], table[1:]
 
     def columnsText(self, view):
-        """The columns as the document shows them: ten numbered ones as the first and the last."""
+        """The columns as in the document: only the first and the last of numbered ones."""
         names = " ".join(self.read(view)[0])
         names = re.sub(r"\b(\w+_)1 (?:\1\d+ )+\1(\d+)", r"\g<1>1~...~\g<1>\2", names)
         lines = textwrap.wrap(names, 100 - 13, break_on_hyphens=False)
@@ -183,7 +183,7 @@ class Documents(unittest.TestCase):
                     inHex, text = re.split("  +", line)
                     self.assertEqual(bytes.fromhex(inHex), text.encode() + b"\r\n")
                 continue
-            for part in re.split("^J!.*\n", shown, flags=re.MULTILINE):  # it has a path
+            for part in re.split("^J!.*\n", shown, flags=re.MULTILINE):  # the J line has a path
                 self.assertIn(part, known)
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Looks at runs of VelExtracta through the eyes of a terminal emulator.
+"""Checks what a terminal emulator shows of runs of VelExtracta.
 
 Usage: StatusLineTest.py BIN SYSTEM_CALLS     (the built programs, the library of SystemCalls.cpp)
 """
@@ -24,8 +24,8 @@ import pyte
 
 BIN = Path(sys.argv.pop(1)).resolve()
 SYSTEM_CALLS = sys.argv.pop(1)
-HEIGHT = 100  # rows: nothing scrolls out of sight
-PATIENCE = 120  # seconds, for the slowest of machines
+HEIGHT = 100  # rows: nothing scrolls away
+PATIENCE = 120  # seconds, for the slowest machine
 
 WRITTEN = r"VLX file written: 0x[0-9a-f]+"
 NOT_CREATED = r"view creation failed \(1\)\."
@@ -35,7 +35,7 @@ SUMMARY = r"\n\d+ views(, \d+ nets)?, [\d.]+ [KM]?i?B in \d:\d\d: /\S+"
 
 
 class TerminalRun:
-    """A program on a pseudo-terminal, and what this shows."""
+    """A program on a pseudo-terminal, and the terminal's screen."""
 
     def __init__(self, arguments, environment, directory, width, stdout=None):
         self.master, slave = pty.openpty()
@@ -65,11 +65,11 @@ class TerminalRun:
         self.screen.resize(columns=width)
 
     def text(self):
-        """All that is on the screen: its rows without what is blank in them."""
+        """The text on the screen: its rows without blanks at their ends."""
         return "\n".join(row.rstrip() for row in self.screen.display).rstrip("\n")
 
     def look(self):
-        """Takes in what has been written, until nobody can write any more."""
+        """Reads what is written, until nobody can write any more."""
         if select.select([self.master], [], [], 0.01)[0]:
             try:
                 written = os.read(self.master, 1 << 16)
@@ -77,7 +77,7 @@ class TerminalRun:
                 self.isOpen = False
                 return
             self.bytes += written
-            for line in re.findall(rb"[^\r]*\r?", written):  # none that was shown goes unseen
+            for line in re.findall(rb"[^\r]*\r?", written):  # no shown line is missed
                 self.stream.feed(line)
                 if not re.search("VLX|view|warning|[0-9]{6} ", self.text()):
                     self.mostRows = max(self.mostRows, len(self.text().split("\n")))
@@ -93,7 +93,7 @@ class TerminalRun:
         self.until(lambda: re.fullmatch(pattern, self.text()))
 
     def end(self):
-        """The exit code, when all that the program has written is on the screen."""
+        """The exit code, once the screen shows all that the program has written."""
         self.until(lambda: not self.isOpen)
         return self.process.wait(PATIENCE)
 
@@ -112,7 +112,7 @@ class StatusLine(unittest.TestCase):
         self.hold("-")
 
     def hold(self, *names, meanwhile="sleep 0.01"):
-        """Extractions whose files, $6, are so named wait until they are let go."""
+        """Makes extractions whose file, $6, matches wait until they are released."""
         script = self.directory / "extracta"
         waiting = "|".join(f"*/{name}.txt" for name in names)
         script.write_text(
@@ -124,7 +124,7 @@ class StatusLine(unittest.TestCase):
         (self.folder / "go").touch()
 
     def run_(self, *arguments, width=80, program=(BIN / "VelExtracta",), **how):
-        # Each in a folder of its own: in one, only one run a second is possible.
+        # Each run has its own folder: in one folder only one run a second is possible.
         self.folder = Path(tempfile.mkdtemp(dir=self.directory))
         (self.folder / "design.mcm").symlink_to(self.directory / "design.mcm")
         run = TerminalRun([*program, *arguments], self.environment, self.folder, width, **how)
@@ -220,7 +220,7 @@ class StatusLine(unittest.TestCase):
         os.write(run.master, b"\x1a")
         run.until(lambda: "suspended" in run.text())
         self.assertNotIn("layer", run.text())
-        time.sleep(0.1)  # keepers suspend their extractions on their own
+        time.sleep(0.1)  # each keeper suspends its extraction by itself
         size = count.stat().st_size
         time.sleep(0.3)
         self.assertEqual(count.stat().st_size, size)
@@ -254,7 +254,7 @@ class StatusLine(unittest.TestCase):
             run = self.run_("-z", "-cell", "design.mcm", "no/out", program=command)
             run.end()
             lines = f"{WRITTEN}\r\n{NOT_PACKED}\r\n"
-            if command is background:  # a terminal all the same
+            if command is background:  # standard error is a terminal there, too
                 self.assertRegex(run.bytes.decode(), lines)
                 self.assertNotIn("layer", run.bytes.decode())
             else:

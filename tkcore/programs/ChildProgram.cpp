@@ -6,7 +6,7 @@ namespace tkcore {
 
 int ChildProgram::start(const std::vector<AString>& argv, const LongFileName& workingDirectory,
                         const std::string& title) {
-    pipe.CreatePipe();  // a failure shows in the start, which needs it
+    pipe.CreatePipe();  // after a failure the start fails
     ProgramRequest request(argv);
     request.workingDirectory = workingDirectory.FilePath();
     request.output = request.errors = pipe.writeHandle();
@@ -29,7 +29,7 @@ ChildProgram::State ChildProgram::look() {
         hasNews = !watched;
         return State::kRunning;
     }
-    // What it printed between the first look and its end.
+    // Collect what it printed between the first look and its end.
     drainPipe(pipe.readHandle(), printed);
     return State::kEnded;
 }

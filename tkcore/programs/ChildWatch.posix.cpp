@@ -22,11 +22,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Between two looks at a program that cannot be watched.
+/// The pause between two looks at a program that cannot be watched.
 constexpr milliseconds kPass{1};
 
-/// Lets a signal come at no moment but that of the wait: one that came between the last question
-/// for a request to end and the wait would not end it.
+/// Lets signals in only during the wait. Otherwise a signal after the last check for a request to
+/// end, but before the wait, would not end the wait.
 class SignalsOnlyWhileWaiting final {
 public:
     SignalsOnlyWhileWaiting() noexcept {
@@ -44,7 +44,7 @@ private:
     sigset_t usual{};
 };
 
-/// In the system's form: for ever if the time is longer than that can say.
+/// The time in the system's form: without limit if it is too long for that form.
 int timeout(milliseconds time) noexcept {
     constexpr milliseconds kLongest{std::numeric_limits<int>::max()};
     return time > kLongest ? -1 : static_cast<int>(time.count());
@@ -60,15 +60,15 @@ struct ChildWatch::System final {
         return descriptor && epoll_ctl(queue.get(), EPOLL_CTL_ADD, descriptor.get(), &event) == 0;
     }
 
-    /// Said explicitly: a copy of the descriptor in a keeper that is just being made would keep a
-    /// closed one in the queue.
+    /// Closing the descriptor is not enough: if a keeper is just being made, it has a copy, which
+    /// would keep the descriptor in the queue.
     void unwatch(const FileDescriptor& descriptor) const {
         if (descriptor) {
             epoll_ctl(queue.get(), EPOLL_CTL_DEL, descriptor.get(), nullptr);
         }
     }
 
-    /// Marks the programs that the system has news of within the time; false if it cannot say.
+    /// Marks the programs of which the system has news within the time; false on a failure.
     bool noteNews(milliseconds time) const noexcept;
 
     [[nodiscard]] bool watchesAll() const noexcept {
@@ -79,7 +79,7 @@ struct ChildWatch::System final {
         std::ranges::for_each(children, [](auto* child) { child->hasNews = true; });
     }
 
-    FileDescriptor queue;  // of the kernel
+    FileDescriptor queue;  // an epoll instance
     std::vector<ChildProgram*> children;
 };
 
@@ -88,7 +88,7 @@ bool ChildWatch::System::noteNews(milliseconds time) const noexcept {
     if (interruption() != 0) {
         time = milliseconds::zero();
     }
-    std::array<epoll_event, 64> events;  // those that do not fit are told at the next time
+    std::array<epoll_event, 64> events;  // events that do not fit come at the next wait
     const int count = epoll_pwait(queue.get(), events.data(), static_cast<int>(events.size()),
                                   timeout(time), &signals.whileWaiting());
     for (int n = 0; n < count; ++n) {
@@ -127,7 +127,7 @@ void ChildWatch::remove(ChildProgram& child) noexcept {
 
 void ChildWatch::wait(milliseconds most) noexcept {
     if (!system || system->children.empty()) {
-        return;  // where programs cannot be watched, a look may have met the end of the last
+        return;  // without a watch, a look may have found the end of the last program
     }
     if (!system->noteNews(system->watchesAll() ? most : std::min(most, kPass))) {
         sleepMilliseconds(kPass.count());

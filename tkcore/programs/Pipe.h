@@ -4,11 +4,11 @@
 
 namespace tkcore {
 
-/// What users hand around of a pipe: a look at one end, null for none.
+/// A pointer to one end of a pipe, which it does not own; null for none.
 using PipeHandle = struct PipeEnd*;
 
-/// An anonymous pipe; neither end reaches a child by itself. Owned by the ChildProgram that prints
-/// into it.
+/// An anonymous pipe. Children do not inherit its ends. The ChildProgram that prints into it owns
+/// it.
 class CPipe final {
 public:
     CPipe();
@@ -16,7 +16,7 @@ public:
     CPipe(const CPipe&) = delete;
     CPipe& operator=(const CPipe&) = delete;
 
-    /// False when the system has no descriptors left; both ends are then closed.
+    /// False if the system has no descriptors left; then both ends are closed.
     bool CreatePipe();
     void Close() noexcept;
     void closeWriteEnd() noexcept;
@@ -29,15 +29,15 @@ private:
     std::unique_ptr<PipeEnd> writeEnd;
 };
 
-/// Reads from the read end of a pipe without ever waiting for bytes; made for each emptying.
+/// Reads from the read end of a pipe without waiting for bytes.
 class CPipeCommunicator final {
 public:
     explicit CPipeCommunicator(PipeHandle readHandle) : readEnd(readHandle) {}
 
-    /// With consume, reads up to size bytes into the buffer and sets count to their number;
-    /// without, only sets count to the number of bytes that wait, at most size. Returns 0, or
-    /// the system's error code. Nothing is waited for, whatever the timeout (milliseconds) and
-    /// the wish for a part of the bytes say: both are there for systems whose pipes block.
+    /// With consume, reads up to size bytes into the buffer and sets count to their number.
+    /// Without consume, only sets count to the number of available bytes, at most size. Returns 0
+    /// or the system's error code. Never waits: timeout (milliseconds) and acceptPart are for
+    /// systems whose pipes block.
     int Read(char* buffer, int size, int& count, bool consume, int timeout, bool acceptPart);
 
 private:

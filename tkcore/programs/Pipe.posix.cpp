@@ -23,7 +23,8 @@ bool CPipe::CreatePipe() {
     }
     readEnd->descriptor = FileDescriptor(descriptors[0]);
     writeEnd->descriptor = FileDescriptor(descriptors[1]);
-    // Who has the other end can open this one as well, and take what was there when we asked.
+    // Another process that has the write end can open this end, too, and read the bytes between our
+    // look and our read.
     return fcntl(descriptors[0], F_SETFL, O_NONBLOCK) == 0;
 }
 

@@ -5,10 +5,10 @@
 
 namespace tkcore {
 
-/// Appends to output what waits in the pipe; never waits for more. Throws Interrupted, so that a
-/// child that prints without end cannot hold us.
+/// Appends the available bytes of the pipe to the output; never waits for more. Throws Interrupted,
+/// so that a child that prints without end does not stop us from ending.
 ///
-/// Returns 0, 1 when the pipe could not be asked, or 2 when it could not be read.
+/// Returns 0; 1 if the number of bytes could not be determined; 2 if the pipe could not be read.
 int drainPipe(PipeHandle readEnd, PrintedText& output);
 
 }  // namespace tkcore

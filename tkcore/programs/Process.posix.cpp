@@ -33,11 +33,11 @@ namespace tkcore {
 
 namespace {
 
-/// The records behind all handles. A list: handles stay good while it grows, and it takes no memory
-/// before main() can say that there is none.
+/// The records behind all handles. A list, because handles stay valid while it grows, and because
+/// it allocates nothing before main(), which reports a lack of memory.
 std::list<StartedProcess> startedProcesses;
 
-/// A process that is not ours to end, with the session that what it starts is likely to be in.
+/// A process that we must not end, with its session, in which its children are likely to be.
 struct ForeignProcess final {
     explicit ForeignProcess(const ProcessEntry& entry)
         : process(entry.process), start(entry.start), session(getsid(entry.process)) {}
@@ -56,8 +56,8 @@ bool isForeign(pid_t child) {
     });
 }
 
-/// Without it our own keepers and what falls to us cannot be told apart, so nothing is let fall to
-/// us; the keepers know what is theirs all the same.
+/// Whether there is a process table. Without it we cannot tell our keepers from adopted processes,
+/// so we adopt none. The keepers find their own descendants nevertheless.
 bool hasProcessTable() {
     static const bool isOurs = [] {
         const bool found = isProcessTableOurs();
@@ -80,8 +80,8 @@ bool isKeeper(pid_t child) {
 
 using Children = std::array<pid_t, 512>;
 
-/// Notes the children that the predicate picks as not ours to end, and all that descends from them:
-/// a descendant becomes a child of ours once its parent has ended. False if there are none.
+/// Notes the children that the predicate picks, and their descendants, as processes that we must
+/// not end. A descendant becomes our child when its parent ends. False if the predicate picks none.
 template <typename Predicate>
 bool spareChildren(const Predicate& picks) {
     Children children;
@@ -101,7 +101,7 @@ bool spareChildren(const Predicate& picks) {
     return true;
 }
 
-/// Whether a keeper has been killed whose end is still to be noted.
+/// Whether a keeper was killed and its end is not noted yet.
 bool anyKeeperWasKilled() {
     return std::ranges::any_of(startedProcesses, [](const StartedProcess& process) {
         siginfo_t info{};
@@ -112,15 +112,16 @@ bool anyKeeperWasKilled() {
     });
 }
 
-/// What a program has left behind falls to us when its keeper ends, as do the orphans of a keeper
-/// that is killed at the same moment; of the two, only the program's own session tells.
+/// When a keeper ends, we adopt the processes that its program left running. If another keeper is
+/// killed at the same time, we adopt that keeper's processes, too; only the session tells them
+/// apart.
 void spareLeftBehind(const StartedProcess& ended) {
     const bool areMixed = anyKeeperWasKilled();
     const auto isLeftBehind = [&](pid_t child) {
         return !areMixed || getsid(child) == ended.keeper;
     };
-    // Some may become children of ours while we look. Those of one that starts others for ever do
-    // not end.
+    // More processes may become our children while we look. Limit the looks, because a program may
+    // start others without end.
     constexpr int kMostLooks = 10;
     for (int look = 0; look < kMostLooks && spareChildren(isLeftBehind); ++look) {
     }
@@ -132,22 +133,21 @@ void prepareForChildren() {
         return;
     }
     prepared = true;
-    // Our caller may have switched it off, and then nobody could ask how a child has ended.
+    // If our caller ignored the signal, the system would not keep the exit codes of children.
     std::signal(SIGCHLD, SIG_DFL);
     if (hasProcessTable()) {
-        spareChildren([](pid_t) { return true; });  // they were there before us
-        // Should somebody kill a keeper, what it kept falls to us.
+        spareChildren([](pid_t) { return true; });  // children from before our start
+        // Adopt a keeper's processes if somebody kills the keeper.
         prctl(PR_SET_CHILD_SUBREAPER, 1);
     }
 }
 
-/// Ends what a keeper kept that was killed itself, and then the children of these as they fall to
-/// us, until none is left.
+/// Ends the processes of a killed keeper, then their children, which we adopt, until none is left.
 void endOrphansOfKeepers() {
     for (bool found = true; found;) {
         Children room;
         const auto children = std::span(room).first(childrenOfThisProcess(room));
-        // Not that of ranges, whose result clang 14 cannot compile.
+        // Not std::ranges::partition: clang 14 cannot compile its result.
         const auto others = std::partition(children.begin(), children.end(), [](pid_t child) {
             return !isKeeper(child) && !isForeign(child);
         });
@@ -167,11 +167,11 @@ void noteEnd(StartedProcess& process, int waitStatus) noexcept {
         } else {
             spareLeftBehind(process);
         }
-    } catch (const std::bad_alloc&) {  // nothing can be noted, and the run is about to fail
+    } catch (const std::bad_alloc&) {  // no memory for notes; the run is about to fail
     }
 }
 
-/// Forks the keeper with every signal blocked, so that none finds it half made.
+/// Forks the keeper with all signals blocked, so that none arrives before it is ready.
 pid_t startKeeper(ProgramStart& start) {
     sigset_t all;
     sigfillset(&all);
@@ -211,8 +211,8 @@ ProgramStart startOf(const ProgramRequest& request) {
     return start;
 }
 
-/// Until the program has taken over, which closes the pipe's other end, or its start has failed.
-/// The start of a program on a disk that does not answer lasts until it does.
+/// Waits until the program has started, which closes the pipe's other end, or its start has failed.
+/// If a disk does not answer, the start lasts until it does.
 StartFailure awaitStart(PipeHandle statusEnd) {
     constexpr int kMillisecondsToWait = 50;
     for (;;) {
@@ -232,7 +232,7 @@ StartFailure awaitStart(PipeHandle statusEnd) {
 }
 
 int errorCodeOf(const StartFailure& failure) {
-    // "No such file" would be taken for a missing program.
+    // Callers would take "No such file" for a missing program.
     switch (failure.step) {
         case StartFailure::Step::kNullDevice:
             VelDebug(0, "error: no program can be started without /dev/null: %s",
@@ -255,7 +255,7 @@ void signalKeepers(int signal) {
     }
 }
 
-/// For what has been told to end; false if it has not ended within the time.
+/// Reaps a process that has been told to end; false if it has not ended within the time.
 bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcept {
     const auto deadline = std::chrono::steady_clock::now() + time;
     int status = 0;
@@ -268,7 +268,7 @@ bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcep
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
-        kill(process.keeper, SIGCONT);  // what it is about to end may suspend it
+        kill(process.keeper, SIGCONT);  // a process that it is about to end may suspend it
         sleepMilliseconds(1);
     }
 }
@@ -276,7 +276,7 @@ bool reapWithin(StartedProcess& process, std::chrono::milliseconds time) noexcep
 }  // namespace
 
 void lendCommandLine(char** argv) noexcept {
-    // The environment follows the arguments, each text right behind the one before.
+    // The environment's texts follow those of the arguments without a gap.
     char* end = argv[0];
     for (char** texts : {argv, environ}) {
         for (; *texts != nullptr && *texts == end; ++texts) {
@@ -313,7 +313,7 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     }
     status.closeWriteEnd();
     if (const StartFailure failure = awaitStart(status.readHandle()); failure.error != 0) {
-        // What hangs is its keeper's to end.
+        // If the start hangs, its keeper will end it.
         constexpr std::chrono::seconds kLongestEnd{2};
         requestProcessTreeEnd(&started);
         if (reapWithin(started, kLongestEnd)) {
@@ -355,8 +355,8 @@ void requestProcessTreeEnd(ProcessHandle process) noexcept {
 }
 
 void VeltTerminateProcessTree(ProcessHandle process) noexcept {
-    // What it takes at most to be asked, to be killed and to be reaped. What cannot be ended, as a
-    // program that waits for a disk, is its keeper's from then on.
+    // Enough time to ask, to kill and to reap. If a program cannot be ended, for example because it
+    // waits for a disk, its keeper goes on trying.
     constexpr std::chrono::seconds kPatience{10};
     if (process == nullptr || process->exitCode) {
         return;

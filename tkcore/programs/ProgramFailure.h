@@ -4,16 +4,16 @@
 
 #include "tkcore/text/AString.h"
 
-// What the system's codes mean to a person.
+// Explains the system's codes to a person.
 
 namespace tkcore {
 
-/// What an exit code says beside its number, as "an end by SIGXFSZ, the limit on the size of
-/// files"; empty for a number that is the program's own.
+/// The meaning of an exit code, such as "an end by SIGXFSZ, the limit on the size of files"; empty
+/// for a code that the program itself chose.
 AString meaningOfExitCode(int code);
 
-/// What kept the program of that name, as findProgram takes it, from its start, beside the text for
-/// the system's error code; empty if there is nothing to say.
+/// Why the program of that name, which findProgram() looks up, could not be started, in addition to
+/// the text of the system's error code; empty if there is nothing to add.
 AString obstacleToStart(const std::string& name, int error);
 
 }  // namespace tkcore

@@ -39,7 +39,7 @@ constexpr std::array kSignals{
     SignalMeaning{SIGSYS, "SIGSYS, a system call that is not allowed here"},
 };
 
-/// What the first line of a script names to run it; empty if there is no such line.
+/// The interpreter that the first line of a script names; empty if there is none.
 std::string interpreterOf(const LongFileName& file) {
     constexpr std::string_view kBlanks = " \t";
     std::array<char, 256> head{};

@@ -4,8 +4,8 @@
 
 namespace tkcore {
 
-/// What a program is given that is asked to end: time for a licence to be given back, or for a job
-/// in a cluster to be cancelled.
+/// The time for a program to end after a request: enough to return a licence, or to cancel a job in
+/// a cluster.
 inline constexpr std::chrono::seconds kGrace{1};
 
 }  // namespace tkcore

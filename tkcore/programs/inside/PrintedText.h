@@ -7,22 +7,22 @@
 
 namespace tkcore {
 
-/// What a program has printed, narrow text of any bytes: all of it up to two mebibytes, of more
-/// the first and the last mebibyte.
+/// The output of a program, narrow text of any bytes. It keeps up to two mebibytes in full; of more
+/// it keeps the first and the last mebibyte.
 class PrintedText final {
 public:
     void append(std::string_view bytes);
 
     [[nodiscard]] bool empty() const noexcept { return first.empty(); }
-    /// Where bytes are left out, a line says how many.
+    /// The text; if bytes are left out, a line shows how many.
     [[nodiscard]] std::string text() const;
 
 private:
     static constexpr std::size_t kMostAtEachEnd = std::size_t{1} << 20U;
 
     std::string first;
-    std::string last;           // once it is full, a ring
-    std::size_t lastBegin = 0;  // in the ring
+    std::string last;           // a ring buffer once it is full
+    std::size_t lastBegin = 0;  // start of the text in the ring buffer
     std::uint64_t leftOut = 0;
 };
 

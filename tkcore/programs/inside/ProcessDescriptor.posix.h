@@ -2,7 +2,7 @@
 
 #include <signal.h>
 
-// The header of the C library of Debian 12 does not say that its functions are C.
+// The header in Debian 12's C library does not declare its functions as C functions.
 extern "C" {
 #include <sys/pidfd.h>
 }

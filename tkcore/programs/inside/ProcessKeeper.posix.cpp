@@ -33,7 +33,7 @@ constexpr int kFirstUnusedDescriptor = 4;
 constexpr int kKeeperFailed = 127;
 constexpr int kSignalBase = 128;
 
-/// Ties this process to its parent; false if the parent is gone already.
+/// Makes the system send this process the signal when its parent dies; false if the parent is dead.
 bool dieWith(pid_t parent, int signal) noexcept {
     return prctl(PR_SET_PDEATHSIG, signal) == 0 && getppid() == parent;
 }
@@ -49,13 +49,13 @@ void closeFrom(int lowest) noexcept {
     }
 }
 
-/// Leaves open what the program may have and the status descriptor, nothing else.
+/// Leaves open only the program's descriptors and the status descriptor.
 bool arrangeDescriptors(const ProgramStart& start, int null) noexcept {
     std::array wanted{null, start.outputDescriptor < 0 ? null : start.outputDescriptor,
                       start.errorDescriptor < 0 ? null : start.errorDescriptor,
                       start.statusDescriptor};
     for (int& descriptor : wanted) {
-        // Out of the way of the numbers that are about to be taken.
+        // Move it to a number that is not about to be overwritten.
         descriptor = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstUnusedDescriptor);
         if (descriptor < 0) {
             return false;
@@ -73,7 +73,7 @@ bool arrangeDescriptors(const ProgramStart& start, int null) noexcept {
 
 void reportFailure(int descriptor, StartFailure::Step step) noexcept {
     const StartFailure failure{errno, step};
-    // Nothing can be done where even this fails; the reader then sees a program that ended.
+    // A failure cannot be reported; the reader then sees a program that has ended.
     [[maybe_unused]] const ssize_t written = write(descriptor, &failure, sizeof failure);
 }
 
@@ -82,8 +82,8 @@ void reportFailure(int descriptor, StartFailure::Step step) noexcept {
     _exit(kKeeperFailed);
 }
 
-/// In place of the command line that we have inherited: who ends our programs by their name must
-/// not find their keepers.
+/// Replaces the inherited command line, so that users who end our programs by name do not match
+/// their keepers.
 void showTitle(const std::string& title) noexcept {
     prctl(PR_SET_NAME, "process-keeper");
     if (titleRoom.size > 0) {
@@ -92,8 +92,8 @@ void showTitle(const std::string& title) noexcept {
     }
 }
 
-/// The program finds no handler of ours: what we handle it must not be handed, and what we switched
-/// off for ourselves is the system's own choice again.
+/// Resets signals for the program: those that we handle, and those that we have switched off for
+/// ourselves. Signals that our caller ignores stay ignored.
 void resetSignals() noexcept {
     for (int signal = 1; signal < NSIG; ++signal) {
         struct sigaction action {};
@@ -104,9 +104,9 @@ void resetSignals() noexcept {
     }
 }
 
-/// Runs in the keeper's memory: changes nothing there that the keeper looks at.
+/// Runs in the keeper's memory, so it must change nothing that the keeper uses.
 [[noreturn]] void becomeProgram(const ProgramStart& start, pid_t keeper) noexcept {
-    setpgid(0, 0);  // what it sends to its own group is not meant for the keeper
+    setpgid(0, 0);  // signals to its own group must not reach the keeper
     if (!dieWith(keeper, SIGKILL)) {
         _exit(kKeeperFailed);
     }
@@ -118,9 +118,9 @@ void resetSignals() noexcept {
     giveUp(kStatusDescriptor, StartFailure::Step::kProgram);
 }
 
-/// A number may have come to mean another process. One that is ours to reap keeps its number, and a
-/// descriptor its process; for any other, on a system without descriptors, the time of its start
-/// makes it as good as sure.
+/// By now the number may be that of another process. Our own child keeps its number until we reap
+/// it, and a descriptor keeps its process. For others, on a system without descriptors, the start
+/// time makes a mistake very unlikely.
 void sendSignal(const ProcessEntry& entry, int signal) noexcept {
     const FileDescriptor descriptor(pidfd_open(entry.process, 0));
     if (lookUp(entry.process).start != entry.start) {
@@ -131,7 +131,7 @@ void sendSignal(const ProcessEntry& entry, int signal) noexcept {
     }
 }
 
-/// To all that descends from us or, without a table of processes, to the program's own group.
+/// Signals all our descendants or, without a process table, the program's own group.
 void signalDescendants(pid_t program, bool hasProcessTable, int signal) noexcept {
     try {
         if (!hasProcessTable) {
@@ -141,11 +141,11 @@ void signalDescendants(pid_t program, bool hasProcessTable, int signal) noexcept
         for (const ProcessEntry& entry : descendantsOf({getpid()})) {
             sendSignal(entry, signal);
         }
-    } catch (...) {  // no memory for a list of them: they do not get it, then
+    } catch (...) {  // without memory for the list they do not get the signal
     }
 }
 
-/// The program's exit code, or none if we are told to end it while it runs.
+/// Waits for the program; returns its exit code, or none if we are told to end it.
 std::optional<int> waitForProgram(pid_t program, bool hasProcessTable) noexcept {
     sigset_t awaited;
     sigemptyset(&awaited);
@@ -163,7 +163,7 @@ std::optional<int> waitForProgram(pid_t program, bool hasProcessTable) noexcept 
             case SIGTERM:
                 return std::nullopt;
             case SIGTSTP:
-                // They have no terminal, so this one would not suspend them.
+                // SIGTSTP would not suspend them, because they have no terminal.
                 signalDescendants(program, hasProcessTable, SIGSTOP);
                 break;
             case SIGCONT:
@@ -175,7 +175,7 @@ std::optional<int> waitForProgram(pid_t program, bool hasProcessTable) noexcept 
     }
 }
 
-/// Reaps until no child is left, or the time is over.
+/// Reaps children until none is left or the time is over.
 void waitForChildren(std::chrono::milliseconds grace) noexcept {
     const auto deadline = std::chrono::steady_clock::now() + grace;
     sigset_t childEnds;
@@ -194,8 +194,8 @@ void waitForChildren(std::chrono::milliseconds grace) noexcept {
     }
 }
 
-/// Kills what is left: all children and, as they fall to us, their children. Gives up on what may
-/// not be killed.
+/// Kills all children and then their children, which we adopt. Gives up on those that may not be
+/// killed.
 void killDescendants(bool hasProcessTable) noexcept {
     for (bool found = haveChildren(); found;) {
         std::array<pid_t, 256> room;
@@ -219,7 +219,7 @@ int exitCodeOf(int waitStatus) noexcept {
 }
 
 void keepProgram(const ProgramStart& start) noexcept {
-    // The terminal's interrupt and a batch system's kill go to all of our process group. The keeper
+    // The terminal's interrupt and a batch system's kill go to our whole process group. The keeper
     // must outlive us to end the program's tree, so it leaves the group.
     setsid();
     showTitle(start.title);
@@ -235,7 +235,7 @@ void keepProgram(const ProgramStart& start) noexcept {
         giveUp(start.statusDescriptor, StartFailure::Step::kSetUp);
     }
     const pid_t keeper = getpid();
-    // A second copy of our memory, however short-lived, would take as long again as the first.
+    // vfork, because a second copy of our memory would take as long as the first.
     // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.vfork)
     const pid_t program = vfork();
     if (program == 0) {

@@ -7,28 +7,28 @@
 #include <signal.h>
 #include <sys/types.h>
 
-// What Process.posix.cpp builds on.
+// The keeper process, for Process.posix.cpp.
 
 namespace tkcore {
 
-/// All that a program's start needs, made before the fork.
+/// Everything that a program's start needs, prepared before the fork.
 struct ProgramStart final {
     std::string program;                   // absolute path
     std::vector<std::string> arguments;    // argv, the program's name first
-    std::vector<std::string> environment;  // as it is now: a keeper's title takes its place
-    std::vector<char*> argv;               // to the two, as the system wants them
+    std::vector<std::string> environment;  // a copy: a keeper's title overwrites the original
+    std::vector<char*> argv;               // this and envp: pointers to the two, for the system
     std::vector<char*> envp;
     std::string workingDirectory;
-    std::string title;  // of the keeper
+    std::string title;  // the keeper's
     int outputDescriptor = -1;
-    int errorDescriptor = -1;   // -1 for either: dropped
-    int statusDescriptor = -1;  // takes a StartFailure
+    int errorDescriptor = -1;   // -1: this output is dropped
+    int statusDescriptor = -1;  // for a StartFailure
     pid_t parent = 0;
     bool hasProcessTable = true;
     sigset_t signalMask{};  // the program's own
 };
 
-/// What a keeper says of a start that has failed; of one that has not it says nothing.
+/// A keeper writes this if a start has failed, and nothing otherwise.
 struct StartFailure final {
     enum class Step : int { kSetUp, kNullDevice, kFolder, kProgram };
 
@@ -36,21 +36,21 @@ struct StartFailure final {
     Step step = Step::kSetUp;
 };
 
-/// Where the command line of this process stands, with room for the title of a keeper.
+/// The memory of this process's command line, with room for a keeper's title.
 struct TitleRoom final {
     char* begin = nullptr;
     std::size_t size = 0;
 };
 extern TitleRoom titleRoom;
 
-/// Runs as the keeper of one program, in a process just forked for it; never returns, in no way:
-/// an exception would unwind the frames of the process it was forked from.
+/// Runs as the keeper of one program, in a process just forked for it. Never returns or throws: an
+/// exception would unwind the stack of the process it was forked from.
 ///
-/// The keeper stands between us and the program because descendants that lose their parent fall
-/// to it, whatever session they have moved to: so it can reach all of them and tell when none is
-/// left. When it is told to (SIGTERM), or when we die, it asks them to end and ends what is left
-/// after a second. When the program has come to its own end, it exits with the program's exit code
-/// and leaves alone what the program has left behind.
+/// The keeper is the program's parent and adopts descendants that lose their parent, whatever their
+/// session. So it can reach all of them and knows when none is left. On SIGTERM, or when we die, it
+/// asks them to end and kills those left after a second. When the program ends by itself, the
+/// keeper exits with the program's exit code and does not touch the processes that the program left
+/// running.
 [[noreturn]] void keepProgram(const ProgramStart& start) noexcept;
 
 /// The exit code for a status that waitpid() gave.

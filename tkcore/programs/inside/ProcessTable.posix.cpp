@@ -22,10 +22,10 @@ namespace {
 
 using SmallText = std::array<char, 4096>;
 
-/// The beginning of one of the system's files on a process; empty if there is no such process.
+/// The beginning of a process's file in /proc; empty if there is no such process.
 std::string_view readProcessFile(const char* format, pid_t process, SmallText& room) noexcept {
     std::array<char, 64> path;
-    // The second number is for those files that are a thread's.
+    // The second number is for files of a thread.
     // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral)
     std::snprintf(path.data(), path.size(), format, process, process);
     const FileDescriptor file(open(path.data(), O_RDONLY | O_CLOEXEC));
@@ -57,7 +57,8 @@ bool isProcessTableOurs() noexcept {
     if (self != getpid()) {
         return false;
     }
-    // The number may be the same by chance: of each space of numbers it is in there is one.
+    // Our number in another namespace may be the same by chance. NSpid lists our number in each
+    // namespace, so one number means ours.
     SmallText room;
     std::string_view status = readProcessFile("/proc/%d/status", self, room);
     constexpr std::string_view kNumbers = "\nNSpid:\t";
@@ -70,12 +71,12 @@ bool isProcessTableOurs() noexcept {
 ProcessEntry lookUp(pid_t process) noexcept {
     SmallText room;
     const std::string_view line = readProcessFile("/proc/%d/stat", process, room);
-    // The name in parentheses may hold anything, blanks and parentheses too.
+    // The name in parentheses may have any characters, also blanks and parentheses.
     const std::size_t nameEnd = line.rfind(')');
     if (nameEnd == std::string_view::npos) {
         return {};
     }
-    constexpr int kParent = 2;  // fields from there on
+    constexpr int kParent = 2;  // fields counted from there
     constexpr int kStart = 20;
     ProcessEntry entry{process};
     std::string_view rest = line.substr(nameEnd + 1);
@@ -108,7 +109,7 @@ std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept {
         std::from_chars(list.data(), list.data() + list.size(), room[count++]);
         list.remove_prefix(list.find(' ') + 1);
     }
-    if (count == 0) {  // not every system has the list
+    if (count == 0) {  // some systems do not have the list
         forEachProcess([&, self = getpid()](pid_t process) {
             if (count < room.size() && lookUp(process).parent == self) {
                 room[count++] = process;
@@ -131,8 +132,8 @@ std::size_t childrenByTrial(std::span<pid_t> room) noexcept {
 }
 
 bool killChildren(std::span<pid_t> children) noexcept {
-    // A child keeps its number until we reap it, and so does its group. In that are descendants of
-    // ours alone, unless it is our own: a keeper has begun its session, or one of them.
+    // A child keeps its number until we reap it, and so does its group. Unless that is our own
+    // group, it has only our descendants: a keeper or one of them started its session.
     for (pid_t& child : children) {
         if (const pid_t group = getpgid(child); group > 0 && group != getpgrp()) {
             kill(-group, SIGKILL);
@@ -151,7 +152,7 @@ std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family) {
     forEachProcess([&](pid_t process) { others.push_back(lookUp(process)); });
     std::vector<ProcessEntry> found;
     const auto isKin = [&](const ProcessEntry& entry) { return family.contains(entry.parent); };
-    // A child may have a lower number than its parent, so once over the list is not enough.
+    // A child may have a lower number than its parent, so one pass over the list is not enough.
     for (;;) {
         const auto kinEnd = std::partition(others.begin(), others.end(), isKin);
         if (kinEnd == others.begin()) {

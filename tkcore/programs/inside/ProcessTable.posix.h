@@ -8,41 +8,41 @@
 
 #include <sys/types.h>
 
-// What the system tells of who descends from whom; used by Process and its keepers alone.
+// Finds descendants in the system's process table, for Process and its keepers.
 
 namespace tkcore {
 
 struct ProcessEntry final {
     pid_t process = 0;
     pid_t parent = 0;         // 0: there is no such process
-    std::uint64_t start = 0;  // on the system's clock: tells it from a later one with its number
+    std::uint64_t start = 0;  // on the system's clock; a later process with its number differs
 };
 
-/// Whether the system's table of processes can be read and has this process under its own number:
-/// it may be missing, or be that of other processes, whose numbers mean others than ours.
+/// Whether the process table can be read and has this process under its own number. The table may
+/// be missing, or that of another namespace, where numbers mean other processes.
 bool isProcessTableOurs() noexcept;
 
-/// The process, as far as the table has it. Needs no memory.
+/// The process's entry in the table. Needs no memory.
 ProcessEntry lookUp(pid_t process) noexcept;
 
-/// Whether this process has any child, one that has ended but was not reaped included.
+/// Whether this process has any child, even one that has ended but is not reaped yet.
 bool haveChildren() noexcept;
 
-/// Fills the room with direct children of this process, those included that have fallen to it;
-/// returns how many. One may be missing while others end: who ends them all looks again. Needs no
-/// memory where the system lists children itself.
+/// Writes direct children of this process, adopted ones included, into the room; returns their
+/// number. One may be missing while others end, so look again to find all. Needs no memory if the
+/// system lists children itself.
 std::size_t childrenOfThisProcess(std::span<pid_t> room) noexcept;
 
-/// The same without the table: every number that a process can have is tried, which takes about a
-/// second. Needs no memory.
+/// The same without the table. It tries every possible process number, which takes about a second.
+/// Needs no memory.
 std::size_t childrenByTrial(std::span<pid_t> room) noexcept;
 
-/// Kills these children of this process, each with all of its process group at one stroke, which no
-/// program that starts others for ever can be ahead of; then reaps them. False if none may be
-/// killed. Needs no memory.
+/// Kills these children of this process and reaps them. Each is killed together with its process
+/// group, in one call, so that a program that starts others without end cannot escape. False if
+/// none may be killed. Needs no memory.
 bool killChildren(std::span<pid_t> children) noexcept;
 
-/// All that descend from these processes, which are not among them.
+/// All descendants of these processes, without the processes themselves.
 std::vector<ProcessEntry> descendantsOf(std::set<pid_t> family);
 
 }  // namespace tkcore

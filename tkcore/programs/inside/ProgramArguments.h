@@ -6,12 +6,11 @@
 
 #include "tkcore/text/AString.h"
 
-// What VeltCreateProcess builds on.
+// A part of VeltCreateProcess.
 
 namespace tkcore {
 
-/// The arguments as the program is to see them: without the double quotes that wrap some, which are
-/// paths.
+/// The arguments in the form for the program. Those in double quotes are paths and lose the quotes.
 std::vector<std::string> plainArguments(std::span<const AString> argv);
 
 }  // namespace tkcore

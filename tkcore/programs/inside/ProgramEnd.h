@@ -4,14 +4,14 @@
 
 #include "tkcore/programs/Process.h"
 
-// What is known of a program's end.
+// The end of a program.
 
 namespace tkcore {
 
-/// Looks whether the program has come to its own end; false if the system does not say.
+/// Checks whether the program has ended, and notes it; false on a failure of the system.
 bool lookForEnd(StartedProcess& process) noexcept;
 
-/// None until its end has been noted.
+/// The exit code; none until the end has been noted.
 std::optional<int> notedExitCode(const StartedProcess& process) noexcept;
 
 }  // namespace tkcore

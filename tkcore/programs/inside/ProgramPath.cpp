@@ -6,7 +6,7 @@ namespace tkcore {
 
 namespace {
 
-/// 0 if the file can be started, as far as can be told, else the reason.
+/// 0 if the file can be started, as far as the system shows it; otherwise the error code.
 int startError(const LongFileName& file, const PathStatus& status) {
     if (status.kind == PathStatus::Kind::kNothing) {
         return kProgramErrors.notThere;

@@ -6,33 +6,33 @@
 #include "tkcore/files/LongFileName.h"
 #include "tkcore/files/PathStatus.h"
 
-// What VeltCreateProcess builds on.
+// A part of VeltCreateProcess.
 
 namespace tkcore {
 
 /// Sets path to the absolute path of the program to start. A name without a separator is looked up
-/// along PATH alone, where the system's programs expect it in the folder of the running program
-/// before that, and never in the current directory, unless PATH names it. Returns 0 or the system's
-/// error code; a path to the program that runs here is refused.
+/// in the folders of PATH, on Windows first in the folder of the running program, and in the
+/// current directory only if PATH names it. Returns 0 or the system's error code. Refuses the
+/// running program itself.
 int findProgram(const std::string& name, std::string& path);
 
-// What findProgram asks the system for.
+// The parts of findProgram() that depend on the system.
 
-/// The places where a program of that name may be, the first one first.
+/// The places where a program of that name may be, in the order of the search.
 struct ProgramPlaces final {
     std::vector<LongFileName> paths;
-    bool areSearched = false;  // the name says no place: what cannot be looked at is passed over
+    bool areSearched = false;  // the name has no folder; skip places that cannot be looked at
 };
 
 ProgramPlaces placesOfProgram(const std::string& name);
 
-/// Whether this user may start what is there, as far as can be told.
+/// Whether this user may start the file, as far as the system shows it.
 bool mayBeStarted(const LongFileName& file, const PathStatus& status);
 
-/// The program that runs here.
+/// The running program.
 LongFileName ourProgram();
 
-/// Codes of the system.
+/// Error codes of the system.
 struct ProgramErrors final {
     int notThere;
     int notAllowed;

@@ -8,7 +8,7 @@
 
 namespace tkcore {
 
-/// What stands behind a ProcessHandle.
+/// The record behind a ProcessHandle.
 struct StartedProcess final {
     pid_t keeper = 0;
     FileDescriptor

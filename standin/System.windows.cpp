@@ -10,7 +10,7 @@
 namespace standin {
 namespace {
 
-/// Only what is no UTF-8 is changed, and no name on this system is that.
+/// Bytes that are not UTF-8 are changed; names on this system have none.
 std::wstring wide(const std::string& text) {
     return std::filesystem::path(std::u8string(text.begin(), text.end())).native();
 }
@@ -50,7 +50,7 @@ HANDLE startProcess(const std::filesystem::path& program, std::wstring line, DWO
 }  // namespace
 
 std::filesystem::path toPath(const std::string& text) {
-    // A path this long is only taken in a form of its own.
+    // A longer path needs the form without limit.
     constexpr std::size_t kMostAsItIs = 240;
     const std::wstring path = wide(text);
     std::wstring full(path.size() + MAX_PATH, L'\0');
@@ -73,7 +73,7 @@ struct WritableFile::OpenFile {
 
 WritableFile::WritableFile(const std::string& path, Mode mode)
     : file(std::make_unique<OpenFile>()) {
-    // The right to append alone makes each write go to the end of the file at that moment.
+    // With only the right to append, each write goes to the present end of the file.
     const bool appends = mode == Mode::kAppend;
     file->handle =
         CreateFileW(toPath(path).c_str(), appends ? FILE_APPEND_DATA | SYNCHRONIZE : GENERIC_WRITE,
@@ -140,7 +140,7 @@ void endBySignal(int signal) {
 
 void start(const std::filesystem::path& program, const std::vector<std::string>& arguments,
            Session session) {
-    // Nothing in it holds a quote here, or ends in a backslash.
+    // No part of it has a quote or ends in a backslash.
     std::wstring line = L"\"" + program.native() + L"\"";
     for (const std::string& argument : arguments) {
         line += L" \"" + wide(argument) + L"\"";

@@ -11,7 +11,7 @@ namespace tkcore {
 
 namespace {
 
-/// Opens a file or folder, or a link, as it must be open for its deletion and renaming.
+/// Opens a file, folder or link with the rights to delete and rename it.
 Handle openToMove(const std::wstring& path) {
     return Handle(CreateFileW(path.c_str(), DELETE | SYNCHRONIZE,
                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -26,7 +26,7 @@ DWORD move(const std::wstring& from, const std::wstring& to) {
         return GetLastError();
     }
     const DWORD error = renameOpenFile(file.get(), to, true);
-    // A directory is never replaced by itself; it must be empty.
+    // The system does not replace a directory; an empty one is removed first.
     return error != 0 && RemoveDirectoryW(to.c_str()) != 0 ? renameOpenFile(file.get(), to, true)
                                                            : error;
 }

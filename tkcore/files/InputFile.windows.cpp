@@ -32,7 +32,7 @@ struct InputFile::OpenFile final {
         const std::wstring native = nativePath(path, "open");
         DWORD error = 0;
         tryForAMoment([&] {
-            // Without FILE_FLAG_BACKUP_SEMANTICS no directory can be opened.
+            // FILE_FLAG_BACKUP_SEMANTICS is needed to open directories.
             handle = Handle(CreateFileW(
                 native.c_str(), GENERIC_READ,
                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,

@@ -23,7 +23,8 @@ bool isSeparator(wchar_t character) {
     return character == L'\\' || character == L'/';
 }
 
-/// Begins with two separators, "?" or ".", and another: such a path is taken as it is.
+/// Whether the path begins with two separators, "?" or ".", and a separator: the system takes it as
+/// it is.
 bool isDevicePath(std::wstring_view path) {
     return path.size() >= 4 && isSeparator(path[0]) && isSeparator(path[1]) &&
            (path[2] == L'?' || path[2] == L'.') && isSeparator(path[3]);
@@ -44,7 +45,7 @@ std::wstring fullPath(const std::wstring& path) {
 }
 
 std::wstring withoutLimit(const std::wstring& path) {
-    // Room for a name behind a folder: the system's limit on folders is the lower one.
+    // Leave room for a name in a folder: the system's limit for folders is lower.
     constexpr std::size_t kMostAsItIs = 240;
     if (path.empty() || isDevicePath(path) || isReservedText(path)) {
         return path;
@@ -61,7 +62,8 @@ std::wstring withLimit(const std::wstring& path) {
     if (path.starts_with(kExtendedShare)) {
         return L"\\\\" + path.substr(kExtendedShare.size());
     }
-    // Only what begins with a drive is the same path without: that of a volume is none then.
+    // Without the prefix, a path with a drive stays the same path; that of a volume would be
+    // invalid.
     const std::size_t colon = kExtended.size() + 1;
     return path.starts_with(kExtended) && path.size() > colon && path[colon] == L':'
                ? path.substr(kExtended.size())
@@ -92,11 +94,12 @@ AString pathText(const fs::path& path) {
 std::optional<AString> absoluteText(const AString& text) {
     const fs::path given(text.wide());
     if (given.is_absolute() || isDevicePath(text.wide())) {
-        // What is put behind it may hold slashes, which the form without limit takes for letters.
+        // A name appended to it may have slashes, which are no separators in the form without
+        // limit.
         return withLimit(text.wide());
     }
-    // "\name" and "X:name" lean on the current drive, and on the current directory of a drive. The
-    // rest is not for the system to complete: it would drop what makes a name a reserved one.
+    // "\name" depends on the current drive, "X:name" on a drive's current directory. Let the system
+    // complete only that: from the rest it would drop the characters that make a name reserved.
     if (given.has_root_path()) {
         const fs::path root = given.has_root_name() ? given.root_name() : given.root_directory();
         return AString(

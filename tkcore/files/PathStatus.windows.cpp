@@ -23,13 +23,13 @@ constexpr std::size_t kLongestPath = 32766;
 
 constexpr std::wstring_view kSeparators = L"\\/";
 
-// With digits of their own these stand for ports: COM1 to COM9, also in superscript.
+// With a digit, also in superscript, these are ports: COM1 to COM9.
 constexpr auto kDevices =
     std::to_array<std::wstring_view>({L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"});
 constexpr auto kPorts = std::to_array<std::wstring_view>({L"COM", L"LPT"});
 constexpr std::wstring_view kPortNumbers = L"123456789\u00B9\u00B2\u00B3";
 
-/// The names in a path, its drive and separators left out.
+/// Whether the predicate holds for a name in the path, drive and separators left out.
 template <typename Predicate>
 bool anyName(std::wstring_view path, const Predicate& predicate) {
     if (path.size() >= 2 && path[1] == L':') {
@@ -46,7 +46,7 @@ bool anyName(std::wstring_view path, const Predicate& predicate) {
 }
 
 bool isDevice(std::wstring_view name) {
-    // Whatever the extension, and whatever blanks stand before it.
+    // The extension, and blanks before it, do not matter.
     std::wstring stem(name.substr(0, name.find(L'.')));
     stem.erase(stem.find_last_not_of(L' ') + 1);
     const AString text(stem);
@@ -104,8 +104,7 @@ PathStatus statusOf(const LongFileName& path) {
         case fs::status_error:
             return {Kind::kUnknown, 0, reason};
         case fs::reparse_file: {
-            // Of a folder that is kept in step with a cloud the library only knows that it is
-            // special.
+            // The library does not recognise a folder of a cloud service, so try to list it.
             const fs::directory_iterator listing(native, error);
             return {error ? Kind::kOther : Kind::kDirectory, 0, {}};
         }

@@ -32,7 +32,7 @@ struct PrivateDirectory::System final {
 };
 
 PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_unique<System>()) {
-    // Whatever takes memory comes first: nobody would remove the directory.
+    // Allocate memory before creating the directory: after a failure nobody would remove it.
     const std::wstring native = nativePath(path, "create directory");
     heldPath = path.heldOpen(system->folder);
     if (CreateDirectoryW(native.c_str(), nullptr) == 0) {
@@ -91,9 +91,9 @@ void PrivateDirectory::remove() {
         }
         return !error;
     });
-    // From here on its name could be taken, by what is then removed if it is an empty directory.
+    // From here on somebody else can take its name; an empty directory there would be removed.
     system->folder->handle.close();
-    // At the end of a session there is no time to be patient twice.
+    // Wait only once: at the end of a session there is little time.
     const bool wasPatient = static_cast<bool>(error);
     const fs::path native = toPath(heldPath);
     tryForAMoment([&] {

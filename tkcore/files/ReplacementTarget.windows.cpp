@@ -33,9 +33,10 @@ public:
 private:
     void findPlace();
     void openFile();
-    /// Whether the system takes the file away when we let go of it, even if we are killed.
+    /// Sets whether the system removes the file when we close it, even if we are killed.
     bool vanishes(bool wanted) const noexcept;
-    /// To its place; returns 0, or the system's error code, and the file vanishes as before.
+    /// Moves the file to its place. On failure it is still removed when closed. Returns 0 or the
+    /// system's error code.
     DWORD rename() const;
     [[noreturn]] void fail(DWORD error, const char* action) const {
         throwPathFailure(systemError(error), action, path);
@@ -59,7 +60,7 @@ WindowsTarget::~WindowsTarget() {
 }
 
 void WindowsTarget::findPlace() {
-    nativePath(path, "create");  // refuses what is no path of a file
+    nativePath(path, "create");  // refuses paths that cannot be a file's
     place = toPath(followLinks(path));
     if (place.empty() || place.filename_is_dot() || place.filename_is_dot_dot() ||
         !place.has_filename()) {
@@ -67,7 +68,7 @@ void WindowsTarget::findPlace() {
     }
     // The current directory may change.
     place = withoutLimit(fullPath(place.native()));
-    // Some file systems only tell at the renaming, when all has been packed.
+    // Some file systems report this only at the renaming, after all the packing.
     if (isTooLong(LongFileName(pathText(place)))) {
         fail(ERROR_FILENAME_EXCED_RANGE, "create");
     }
@@ -82,7 +83,7 @@ void WindowsTarget::findPlace() {
         fail(ERROR_NOT_SUPPORTED, "replace what is no regular file,");
     }
     isReplacing = older || isThere(LongFileName(pathText(place)));
-    // Somebody who reads it now may have done with it in the end.
+    // A reader who has it open now may have closed it by the end.
     if (!older && error != ERROR_FILE_NOT_FOUND && error != ERROR_SHARING_VIOLATION) {
         fail(error, isReplacing ? "replace" : "create");
     }

@@ -3,7 +3,7 @@
 #include "tkcore/programs/ChildProgram.h"
 #include "tkcore/system/System.h"
 
-// The system can wait for 64 programs at most, and for no pipe: every look asks instead.
+// The system can wait for at most 64 programs, and not for a pipe. So every look asks the system.
 
 namespace tkcore {
 

@@ -8,7 +8,7 @@ namespace tkcore {
 
 namespace {
 
-constexpr DWORD kBufferSize = 65536;  // so that a child seldom waits for us
+constexpr DWORD kBufferSize = 65536;  // large, so that a child seldom waits for us
 
 }  // namespace
 

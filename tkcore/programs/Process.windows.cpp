@@ -24,21 +24,21 @@ namespace tkcore {
 
 namespace {
 
-/// For the system to end what is told to end. What it cannot end, as a program that a driver holds,
-/// must not keep us for ever.
+/// The time to wait for killed processes. It is limited because the system may be unable to end
+/// one, for example if a driver blocks it.
 constexpr std::chrono::seconds kPatience{5};
 
-/// The exit code of a program that we have ended; that of a terminated one elsewhere.
+/// The exit code of a program that we have killed, as after SIGTERM on other systems.
 constexpr UINT kEndedByUs = 143;
 
-/// What a program ends with by Ctrl-C, Ctrl-Break and the closing of its console.
+/// The exit code of a program that Ctrl-C, Ctrl-Break or the closing of its console has ended.
 constexpr DWORD kEndedByConsole = 0xC000013A;
 
-/// The records behind all handles. A list: handles stay good while it grows, and it takes no memory
-/// before main() can say that there is none.
+/// The records behind all handles. A list, because handles stay valid while it grows, and because
+/// it allocates nothing before main(), which reports a lack of memory.
 std::list<StartedProcess> startedProcesses;
 
-/// A copy that the child will have.
+/// A copy of the handle that the child inherits.
 Handle forChild(HANDLE handle) {
     HANDLE copy = nullptr;
     DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), &copy, 0, TRUE,
@@ -53,13 +53,13 @@ Handle nullDeviceForChild() {
     return forChild(device.get());
 }
 
-/// Of an output, or of nothing in place of none.
+/// The child's handle of an output; that of the null device if there is no output.
 Handle handleForChild(PipeHandle output, const Handle& nothing) {
     return forChild(output == nullptr ? nothing.get() : output->handle.get());
 }
 
 bool anyLeft(const StartedProcess& process) noexcept {
-    // Without a handle the system would take the job that we are in ourselves.
+    // Without a handle the system would ask about our own job.
     JOBOBJECT_BASIC_ACCOUNTING_INFORMATION account{};
     const bool isKnown = process.job && QueryInformationJobObject(
                                             process.job.get(), JobObjectBasicAccountingInformation,
@@ -101,13 +101,14 @@ void noteEnd(StartedProcess& process) noexcept {
     process.job.close();
 }
 
-/// Whether the program has come to its own end, which is noted: what it has left behind runs on.
+/// Whether the program has ended without our request. If so, notes it. The processes that it left
+/// running go on, unless the console has ended it.
 bool noteOwnEnd(StartedProcess& process) noexcept {
     if (process.deadline || WaitForSingleObject(process.process.get(), 0) != WAIT_OBJECT_0) {
         return false;
     }
-    // A Ctrl-Break reaches every program of the console, so that the first news of the run's end
-    // may be the end of this one, which is then none of its own.
+    // A Ctrl-Break reaches every program of the console. So this program may end by it before we
+    // know of it, and then it has not ended by itself.
     if (process.job && exitCodeOf(process) != kEndedByConsole) {
         endWithJob(process.job, false);
     }
@@ -119,7 +120,7 @@ bool noteOwnEnd(StartedProcess& process) noexcept {
 
 ConsoleEventSender sendConsoleEvent = &GenerateConsoleCtrlEvent;
 
-void lendCommandLine(char** /*argv*/) noexcept {}  // what keeps programs here is no process
+void lendCommandLine(char** /*argv*/) noexcept {}  // there are no keeper processes
 
 int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     ProgramStart start;
@@ -134,7 +135,7 @@ int startProgram(const ProgramRequest& request, ProcessHandle& process) {
     }
     std::vector<std::string> arguments = request.arguments;
     if (isBatchFile(start.program) && !arguments.empty()) {
-        // The interpreter looks for what stands first, and takes a slash there for an option.
+        // The interpreter looks up the first word, and takes a slash in it for an option.
         arguments.front() = narrow(fullPath(widen(start.program)));
         if (const std::string text = argumentForAnInterpreter(arguments); !text.empty()) {
             VelDebug(0,

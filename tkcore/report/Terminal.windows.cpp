@@ -23,7 +23,7 @@ namespace {
 
 constexpr unsigned kUsualColumns = 80;
 constexpr wchar_t kQuestionMark = L'?';
-/// Behind it are the scripts whose characters may take two columns.
+/// From here on characters may take two columns.
 constexpr wchar_t kFirstWide = 0x1100;
 
 std::atomic<HANDLE> console = nullptr;
@@ -37,7 +37,7 @@ unsigned consoleColumns() noexcept {
     return (isKnown && width > 0 ? static_cast<unsigned>(width) : kUsualColumns) - 1;
 }
 
-/// Halves of a character, and what has no width or no shape, have no place in a line.
+/// Whether the character can be in a line: not half a character, and not without width or shape.
 bool isPrintable(wchar_t character) noexcept {
     WORD type = 0;
     WORD shape = 0;
@@ -56,21 +56,21 @@ bool isConsole(Stream stream) noexcept {
     return GetConsoleMode(handleOf(stream), &mode) != 0;
 }
 
-/// Standard error, if it is a console that can show more than plain text; else null.
+/// Standard error, if it is a console that can do more than print plain text; otherwise null.
 HANDLE openConsole() noexcept {
     const char* type = std::getenv("TERM");
     const bool isDumb = type != nullptr && std::string_view(type) == "dumb";
     return !isDumb && isConsole(Stream::kErrors) ? handleOf(Stream::kErrors) : nullptr;
 }
 
-/// Both outputs lead to the same one if they lead to any.
+/// Writes to the console, the same one for both outputs.
 void writeToConsole(const std::wstring& text) {
     HANDLE handle = handleOf(isConsole(Stream::kErrors) ? Stream::kErrors : Stream::kOutput);
     DWORD written = 0;
     WriteConsoleW(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-/// The one writer; null if the system has no thread for it. It is there once there is a console.
+/// The only writer, made when there is a console; null if the system cannot start its thread.
 ConsoleWriter* consoleWriter() noexcept {
     static const std::unique_ptr<ConsoleWriter> kWriter = []() -> std::unique_ptr<ConsoleWriter> {
         try {
@@ -82,15 +82,15 @@ ConsoleWriter* consoleWriter() noexcept {
     return kWriter.get();
 }
 
-/// One that has not taken all for so long is not waited for again.
+/// Waits for the console; never again after one wait has been too short.
 void waitForConsole() {
     constexpr std::chrono::seconds kPatience{1};
     static bool isStopped = false;
     isStopped = !consoleWriter()->waitFor(isStopped ? std::chrono::seconds(0) : kPatience);
 }
 
-/// A line that has the text, blanks behind it, and the cursor back at its start. No sequence of
-/// control characters erases a line on every console.
+/// The text, then blanks, with the cursor back at the start of the line. Blanks, because no control
+/// sequence erases a line on every console.
 std::wstring lineOf(std::wstring_view text) {
     unsigned columns = consoleColumns();
     std::wstring line = L"\r";
@@ -190,7 +190,7 @@ void eraseTerminalLine() noexcept {
             consoleWriter()->show(lineOf({}));
             waitForConsole();
         } catch (const std::bad_alloc&) {
-            return;  // what is printed next goes over it
+            return;  // the next text overwrites it
         }
     }
 }

@@ -8,7 +8,7 @@ namespace tkcore {
 
 namespace {
 
-constexpr UINT kEndedByInterruption = 0xC000013A;  // what the system's own handler ends with
+constexpr UINT kEndedByInterruption = 0xC000013A;  // exit code of the system's own handler
 
 int signalFor(DWORD event) {
     switch (event) {
@@ -21,12 +21,12 @@ int signalFor(DWORD event) {
     }
 }
 
-/// Runs in a thread that the system makes for it.
+/// The system calls this in a new thread.
 BOOL WINAPI noteEvent(DWORD event) {
     noteRequestToEnd(signalFor(event));
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The system ends the process when this returns, or after some seconds: those are what the
-        // run has to clean up. The end of the process ends this thread.
+        // The system ends the process when this returns, or after some seconds. In those the run
+        // cleans up. The end of the process ends this thread.
         Sleep(INFINITE);
     }
     return TRUE;

@@ -4,7 +4,7 @@
 
 namespace tkcore {
 
-void openMissingStreams() noexcept {}  // a stream that is not there is no handle of another file
+void openMissingStreams() noexcept {}  // a missing stream never becomes another file's handle
 
 bool writeTo(Stream stream, std::string_view text) noexcept {
     HANDLE handle = GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);

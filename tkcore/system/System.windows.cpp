@@ -19,9 +19,9 @@ constexpr DWORD kHighResolution = 2;  // a flag that the compiler's headers do n
 }  // namespace
 
 void sleepMilliseconds(unsigned milliseconds) {
-    // An ordinary sleep lasts up to 16 milliseconds longer. The finer clock for all sleeps would
-    // bring in a library with windows, and with it the console would no longer tell of the
-    // session's end.
+    // An ordinary sleep lasts up to 16 milliseconds longer. The finer clock for all sleeps needs a
+    // library for windows on the screen; with that loaded, the console does not report the end of
+    // the session.
     static const Handle timer(
         CreateWaitableTimerExW(nullptr, nullptr, kHighResolution, TIMER_ALL_ACCESS));
     LARGE_INTEGER due;
@@ -33,13 +33,13 @@ void sleepMilliseconds(unsigned milliseconds) {
 }
 
 std::chrono::milliseconds removalPatience() noexcept {
-    // A scanner for viruses looks at new files, and the console of a program that has just ended
-    // may still stand in its folder.
+    // A virus scanner opens new files, and the console of a program that has just ended may still
+    // have its folder open.
     return std::chrono::seconds(3);
 }
 
 std::optional<std::tm> localTime(std::time_t time) {
-    // The C runtime has one rule for all years, and its own idea of what a variable TZ says.
+    // Not the C runtime's function: it has one rule for all years, and reads the variable TZ.
     constexpr std::int64_t kTicksInSecond = 10'000'000;
     constexpr std::int64_t kSecondsFrom1601 = 11'644'473'600;
     constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kTicksInSecond;
@@ -72,7 +72,7 @@ void endAbnormally() noexcept {
 
 AString systemMessage(int code) {
     constexpr std::size_t kLongestText = 79;
-    // Some texts have a place for what they are about, which who asks for them names himself.
+    // Some texts have a placeholder for the object, which our callers name themselves.
     wchar_t it[] = L"it";
     std::array<wchar_t*, 99> inserts;
     inserts.fill(it);
@@ -85,7 +85,7 @@ AString systemMessage(int code) {
     }
     std::wstring_view text(buffer, size);
     while (narrow(text).size() > kLongestText) {
-        text.remove_suffix(1);  // a whole character, whatever it takes in UTF-8
+        text.remove_suffix(1);  // a whole character, which may be several bytes in UTF-8
     }
     return std::wstring(text);
 }

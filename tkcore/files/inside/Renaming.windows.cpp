@@ -32,7 +32,7 @@ DWORD renameOpenFile(HANDLE file, const std::wstring& path, bool mayReplace) {
     if (!mayReplace) {
         return rename(file, FileRenameInfo, 0, path);
     }
-    // A system or a disk that cannot do it says so in many ways.
+    // A system or a disk that cannot do it fails with various errors.
     return rename(file, kRenameWithFlags, kReplaces | kSparesReaders, path) == 0
                ? 0
                : rename(file, FileRenameInfo, kReplaces, path);

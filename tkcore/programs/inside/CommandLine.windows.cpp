@@ -14,7 +14,7 @@ std::wstring quoted(std::wstring_view argument) {
     std::wstring text = L"\"";
     std::size_t backslashes = 0;
     for (const wchar_t character : argument) {
-        // Backslashes mean themselves, but for those before a quote.
+        // Backslashes are ordinary characters, except before a quote.
         const bool isQuote = character == L'"';
         text.append(isQuote ? backslashes + 1 : 0, L'\\');
         backslashes = character == L'\\' ? backslashes + 1 : 0;

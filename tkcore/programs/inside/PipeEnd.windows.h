@@ -4,7 +4,7 @@
 
 namespace tkcore {
 
-/// What stands behind a PipeHandle.
+/// The object behind a PipeHandle.
 struct PipeEnd final {
     Handle handle;
 };

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = boost::filesystem;
 
-/// Our own folder, then those of PATH that are absolute; one with a semicolon stands in quotes.
+/// Our own folder, then the absolute ones of PATH. A folder with a semicolon is in quotes there.
 std::vector<LongFileName> searchedFolders() {
     std::vector<LongFileName> folders{ourProgram().folder()};
     const char* variable = std::getenv("PATH");
@@ -45,7 +45,7 @@ ProgramPlaces placesOfProgram(const std::string& name) {
     if (text.wide().find_first_of(L"\\/:") != std::wstring::npos) {
         return {{userPath(fullName), userPath(text)}};
     }
-    // A file without extension may be a script that other systems know what to do with.
+    // Not the name without extension: such a file may be a script for other systems.
     ProgramPlaces places{{}, true};
     for (const LongFileName& folder : searchedFolders()) {
         if (!name.empty()) {
@@ -60,7 +60,7 @@ bool mayBeStarted(const LongFileName& /*file*/, const PathStatus& status) {
 }
 
 LongFileName ourProgram() {
-    std::wstring program(32768, L'\0');  // the longest path there is
+    std::wstring program(32768, L'\0');  // for the longest possible path
     program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
     return LongFileName(program);
 }

@@ -13,8 +13,8 @@ namespace tkcore {
 
 namespace {
 
-/// What a start has to say beside the command line: the handles that the child may have, and the
-/// job, if any, that it is born in.
+/// The attributes of a start: the handles that the child gets, and the job, if any, that it starts
+/// in.
 class StartAttributes final {
 public:
     StartAttributes(std::span<HANDLE> handles, std::span<HANDLE> jobs) {
@@ -49,16 +49,16 @@ private:
     bool isGood = false;
 };
 
-/// A group of its own keeps the console's Ctrl-C, which is meant for us, from the child, and lets
-/// us send it a Ctrl-Break. Without a console of ours the child must not open one of its own. It
-/// begins when it is known to be in its job.
+/// A separate process group: the console's Ctrl-C, which is meant for us, does not reach the child,
+/// and we can send the child a Ctrl-Break. If we have no console, the child must not open one. It
+/// is created suspended, so that it begins only inside its job.
 DWORD creationFlagsHere() {
     const bool haveConsole = GetConsoleCP() != 0;
     return EXTENDED_STARTUPINFO_PRESENT | CREATE_NEW_PROCESS_GROUP | CREATE_SUSPENDED |
            (haveConsole ? 0 : CREATE_NO_WINDOW);
 }
 
-/// A child that crashes, or finds no disk in a drive, must not wait for somebody to click.
+/// Without this a child that crashes, or finds no disk in a drive, would wait for a click.
 void silenceDialogs() {
     SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
 }
@@ -93,7 +93,7 @@ DWORD create(const ProgramStart& start, std::span<HANDLE> jobs, PROCESS_INFORMAT
     return isCreated ? 0 : GetLastError();
 }
 
-/// The interpreter of a batch file may not have been born in the job.
+/// Moves the child into the job: the interpreter of a batch file may not have started in it.
 bool bringIntoJob(const StartedProcess& started) {
     BOOL isThere = FALSE;
     return (IsProcessInJob(started.process.get(), started.job.get(), &isThere) != 0 &&
@@ -111,7 +111,7 @@ int startInJob(const ProgramStart& start, StartedProcess& started) {
     HANDLE job = started.job.get();
     PROCESS_INFORMATION created{};
     DWORD error = create(start, {&job, 1}, created);
-    if (error == ERROR_ACCESS_DENIED) {  // perhaps a job of ours that takes no other into it
+    if (error == ERROR_ACCESS_DENIED) {  // perhaps our own job does not allow another one in it
         error = create(start, {}, created);
     }
     if (error != 0) {

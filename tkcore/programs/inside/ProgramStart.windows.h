@@ -6,7 +6,7 @@
 
 namespace tkcore {
 
-/// All that a program's start needs.
+/// Everything that a program's start needs.
 struct ProgramStart final {
     std::string program;  // absolute path
     std::wstring commandLine;
@@ -18,12 +18,12 @@ struct ProgramStart final {
     HANDLE errors = nullptr;
 };
 
-/// Starts the program with its three handles and no other, in a new job that ends with us. Where
-/// the system refuses it that job it runs without one, which is logged. Returns 0, or the system's
+/// Starts the program with its three handles and no other, in a new job that ends with us. If the
+/// system refuses the job, the program runs without one; that is logged. Returns 0 or the system's
 /// error code.
 int startInJob(const ProgramStart& start, StartedProcess& started);
 
-/// Sets whether the job's processes end when nobody holds it any longer.
+/// Sets whether the job's processes end when its last handle is closed.
 bool endWithJob(const Handle& job, bool wanted) noexcept;
 
 }  // namespace tkcore

@@ -13,7 +13,7 @@ using tkcore::LongFileName;
 
 namespace {
 
-/// Views and the files that carry out a delivery of views alone are told by this ending.
+/// The extension of views, and of all files of a delivery without added files.
 constexpr char kViewExtension[] = ".txt";
 
 }  // namespace
@@ -30,7 +30,7 @@ Delivery::Delivery(Form deliveredForm, const AString& targetAsGiven, const LongF
 AString Delivery::base() const {
     const bool isLost = !place.IsInitialized() && !text.empty();
     if (isLost && form == Form::kFolder) {
-        return text;  // which fails for the right reason
+        return text;  // it fails later, with the right reason
     }
     return tkcore::isDirectory(place) ? place.FilePath() : design.folder().FilePath();
 }

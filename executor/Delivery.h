@@ -10,8 +10,8 @@
 
 namespace velextracta {
 
-/// What a run delivers, and where to. The front end makes one from the command line, has it looked
-/// at before the first extraction and carried out after the last.
+/// What a run delivers, and where to. The front end makes one from the command line, calls
+/// warnEarly() before the first extraction and carryOut() after the last.
 class Delivery final {
 public:
     /// An archive at the target's path, or files in the folder there.
@@ -23,21 +23,21 @@ public:
 
     [[nodiscard]] const tkcore::LongFileName& target() const noexcept { return place; }
 
-    /// Where the working directory goes: into the target if that is a folder, else beside the
-    /// design.
+    /// The folder of the working directory: the target if that is a folder, else the design's
+    /// folder.
     [[nodiscard]] tkcore::AString base() const;
 
-    /// Whether a file at the path would be what is delivered, or the design, be they there or not.
+    /// Whether the path is that of the design or of a file to deliver, even if it does not exist.
     [[nodiscard]] bool concerns(const tkcore::LongFileName& path) const;
 
-    /// Warns of what is certain to keep the delivery, or a part of it, from its place. The run goes
-    /// on all the same: it may be put right meanwhile.
+    /// Warns if the delivery, or a part of it, is certain to fail. The run goes on all the same, as
+    /// the user may remove the obstacle meanwhile.
     void warnEarly(RunObserver& observer) const;
 
-    /// Adds the files and delivers all; false if the delivery has failed.
+    /// Adds the files and delivers everything; false if the delivery has failed.
     [[nodiscard]] bool carryOut(ExtractaExecutor& executor) const;
 
-    /// Bytes of what has been delivered, added files in a folder not included.
+    /// The size of the delivered archive, or of the views in the folder, in bytes.
     [[nodiscard]] std::uint64_t size() const;
 
 private:

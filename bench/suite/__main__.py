@@ -1,7 +1,7 @@
-"""Measures the product beside what one would otherwise reach for and prints one table.
+"""Measures the product and comparable programs, and prints one table.
 
 The table also goes to result.json, result.md and result.svg in the results directory. Inputs are
-made in a temporary directory below it, which is removed in the end.
+made in a temporary directory below it, which is removed at the end.
 """
 
 import argparse
@@ -51,9 +51,9 @@ with tempfile.TemporaryDirectory(prefix="inputs-", dir=results) as scratch:
         print(f"measuring: {part}", file=sys.stderr, flush=True)
         for row in rows_of(part, PARTS[part], bench):
             if arguments.quick:
-                row.used = []  # small inputs tell that everything works, and nothing else
+                row.used = []  # small inputs show only that everything works
             rows.append(row)
-        bench.tidy()  # what a part that failed has left might fill the disk for the others
+        bench.tidy()  # a failed part's files might fill the disk
         report.write(results, machine, sizes, rows, bench.runs)
 print(*(f"{name}: {value}" for name, value in machine.items()), sep="\n", end="\n\n")
 print(report.table(rows, "simple"))

@@ -14,7 +14,7 @@ from workbench import GIB, MIB, median_seconds, peak_memory, remove, total_size
 
 THREADS = (1, 2, 4, 8)
 GOAL_SPEED, GOAL_SIZE = 4.5, 0.96  # two threads against zip
-GOAL_ONE_THREAD = 2.73  # against zip: what one thread did before there were more
+GOAL_ONE_THREAD = 2.73  # against zip
 GOAL_TWO_THREADS = 1.6  # against one
 GOAL_ELSEWHERE = 0.10
 GOAL_MEMORY = "under 16 MiB and 4 MiB a thread"
@@ -32,14 +32,14 @@ READERS = [
 
 
 def check_archive(archive, readers) -> None:
-    """Only what other programs can read, checksums and all, counts."""
+    """Fails unless other programs can read the archive, with its checksums."""
     checks = [subprocess.Popen([*each, archive], stdout=subprocess.DEVNULL) for each in readers]
     if any([check.wait() for check in checks]):
         raise RuntimeError(f"{archive} cannot be read by all of {readers}")
 
 
 class Packings:
-    """Some files, packed by each of several commands in turns."""
+    """A set of files that several commands pack in turns."""
 
     def __init__(self, bench, repetitions: int, commands: dict, files: dict):
         self.archives = {name: bench.scratch / f"{name}.zip" for name in commands}
@@ -67,10 +67,10 @@ class Packings:
         return peak_memory(self.runs[name]) / ((16 + 4 * threads) * MIB)
 
     def elsewhere(self, threads: int) -> float:
-        """The share of all threads' time in which they do not deflate or prove: time in the
-        system, for reading and writing, and time without a processor, waiting for one another or
-        for the disk. Time in user mode counts as deflating and proving: hardly anything else is
-        done there."""
+        """The share of all threads' time that is not deflating and verifying: time in the system,
+        for reading and writing, and time without a processor, waiting for each other or for the
+        disk. All time in user mode counts as deflating and verifying; almost nothing else is done
+        there."""
         told = [run.told for run in self.runs[threads]]
         return statistics.median(1 - each.user / (threads * each.seconds) for each in told)
 
@@ -82,7 +82,7 @@ def measure_many_files(bench):
     check_archive(many.archives[1], READERS[:1])
     if not all(filecmp.cmp(many.archives[1], many.archives[n], shallow=False) for n in THREADS):
         raise RuntimeError("the archive depends on the number of threads")
-    # 7z, which may use all cores as we do, takes long: the files of one design are enough.
+    # 7z takes long, although it may use all cores as we do: give it the files of one design only.
     few = [file for file in files if file.parent == files[0].parent]
     commands = {"own": (bench.driver, "pack"), "7z": SEVEN}
     seven = Packings(bench, bench.sizes.repetitions, commands, dict.fromkeys(commands, few))
@@ -119,7 +119,7 @@ def measure_many_files(bench):
 
 
 def measure_large_file(bench):
-    """The same text in one file as in many: what differs is how it is cut."""
+    """The same text in one file and in many: only the size of the files differs."""
     large = bench.write_text(bench.scratch / "large.txt", bench.sizes.large_bytes)
     commands = dict.fromkeys(("many", "one"), (bench.driver, "pack", "--threads", 2))
     files = {"many": bench.view_files, "one": [large]}
@@ -138,7 +138,7 @@ def measure_large_file(bench):
 
 
 def read_position(process: int, name: str) -> int:
-    """How far it has read its open file of that name; 0 while, or when, there is none."""
+    """The process's position in its open file of that name; 0 if there is none."""
     try:
         for descriptor in Path(f"/proc/{process}/fd").iterdir():
             if descriptor.resolve().name == name:
@@ -150,7 +150,7 @@ def read_position(process: int, name: str) -> int:
 
 
 def interrupted_seconds(command, extracta, place: int) -> float:
-    """From SIGINT to the end of a run that packs a large view, when it has read so much of it."""
+    """The time from SIGINT, sent after a part of a large view is packed, to the end of the run."""
     environment = {**os.environ, "VELTAR_EXTRACTA_PATHOVERRIDE": str(extracta)}
     with subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL) as run:
         while run.poll() is None and read_position(run.pid, "diestack.txt") < place:
@@ -176,7 +176,7 @@ def measure_interruption(bench):
     design = bench.make_design(records=1000)
     command = [bench.program("VelExtracta"), "-z", "-cell", design, bench.scratch / "out.vlx"]
     chosen = random.Random(1)
-    # Behind what is looked at before the packing; so far from the end that it is not over by then.
+    # Late enough for the checks before the packing, and early enough before its end.
     places = [chosen.randint(MIB, size // 2) for _ in range(INTERRUPTIONS)]
     seconds = [interrupted_seconds(command, extracta, place) for place in places]
     begin = time.monotonic()

@@ -1,4 +1,4 @@
-"""The machine that the rows are of, and the ways in which they are shown."""
+"""The machine of the measurements, and the forms of the result."""
 
 import json
 import os
@@ -38,7 +38,7 @@ def draw_goals(axes, rows) -> None:
     shares = [max(row.used) for row in rows]
     colours = ["seagreen" if share <= 1 else "firebrick" for share in shares]
     axes.bar_label(axes.barh([row.what for row in rows], shares, color=colours), fmt="%.2f")
-    axes.set_xlim(0, 1.5)  # a bar that is longer leaves the picture
+    axes.set_xlim(0, 1.5)  # longer bars are cut off
     axes.axvline(1, color="black")
     axes.invert_yaxis()
     axes.set_title("Share of the goal that is used (shorter is better)")

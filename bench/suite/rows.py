@@ -1,4 +1,4 @@
-"""The rows of the result: what was measured, and what could not be."""
+"""The rows of the result: measurements and failures."""
 
 import dataclasses
 import textwrap
@@ -11,7 +11,7 @@ class Row:
     against: str
     goal: str
     measured: str
-    # Shares of what the goal allows: it is met if none is over 1; empty where there is no goal.
+    # Used shares of the goal's limits: the goal is met if none is over 1; empty if there is no goal.
     used: list[float]
     curve: dict[int, float] = dataclasses.field(default_factory=dict)
     failed: bool = False
@@ -24,7 +24,7 @@ class Row:
 
 
 def rows_of(part: str, measure, bench):
-    """The rows of a part. What ends it too early becomes one, behind those that there are.
+    """The rows of a part. If an error ends the part, the error becomes its last row.
 
     >>> def measure(bench):
     ...     yield Row("one", "two", "at most 2", "3", [1.5])
@@ -34,7 +34,7 @@ def rows_of(part: str, measure, bench):
     """
     try:
         yield from measure(bench)
-    except Exception as error:  # whatever it is, the rows of the other parts are worth having
+    except Exception as error:  # any error: the other parts still give their rows
         traceback.print_exc()
         reason = textwrap.shorten(f"{type(error).__name__}: {error}", 200)
         yield Row(part, "", "", reason, [], failed=True)

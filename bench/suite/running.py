@@ -1,5 +1,5 @@
-"""Children: how well the pool keeps its places filled, what waiting and starting costs, and what
-all of them together bring."""
+"""Children: how well the pool uses its places, the cost of waiting and starting, and the gain of
+running many at once."""
 
 import contextlib
 import os
@@ -28,15 +28,15 @@ GOAL_OVERHEAD = 0.03
 
 def run_pool(bench, limit: int, names, **how):
     directory = bench.fresh_directory("pool")
-    # The product refuses to start itself, which is what the driver would be.
+    # A copy, because the product refuses to start itself, and the driver would do that.
     child = shutil.copy(bench.driver, directory / "extracta")
     command = (bench.driver, "pool", limit, directory, *names)
     return bench.run(*command, VELTAR_EXTRACTA_PATHOVERRIDE=str(child), **how)
 
 
 def start_costs(bench) -> tuple[float, float]:
-    """Seconds to start a child, and those that it takes besides its sleep. It does sleep here, too:
-    a processor that has been idle is slower for a while, and that is no matter of scheduling."""
+    """Seconds to start a child, and seconds that it takes besides its sleep. It sleeps here, too,
+    because an idle processor is slow for a while afterwards, which is no cost of scheduling."""
     starting = 0.0
     begin = time.monotonic()
     for _ in range(STARTS):
@@ -76,7 +76,7 @@ def measure_scheduling(bench):
 
 
 def read_all(descriptor: int) -> None:
-    with contextlib.suppress(OSError):  # the terminal's way to say that nobody has it open
+    with contextlib.suppress(OSError):  # the terminal reports so that nobody has it open
         while os.read(descriptor, 1 << 16):
             pass
     os.close(descriptor)

@@ -4,8 +4,8 @@ import heapq
 
 
 def list_schedule(durations, slots: int, start_seconds: float = 0) -> float:
-    """When the last of the jobs ends that are started in order, one at a time, each as soon as a
-    slot is free. A start takes its time from the one who starts, too.
+    """The end of the last job. Jobs start in order, each as soon as a slot is free. Starts do not
+    overlap: each takes its time from the starter, too.
 
     >>> list_schedule([], 3), list_schedule([2, 3, 4], 1), list_schedule([1, 2], 8)
     (0, 9, 2)
@@ -25,7 +25,7 @@ def list_schedule(durations, slots: int, start_seconds: float = 0) -> float:
 
 
 def covered(intervals) -> float:
-    """The length of what the intervals (begin, end) cover together.
+    """The total length that the intervals (begin, end) cover.
 
     >>> covered([]), covered([(5, 9), (0, 3)]), covered([(0, 10), (2, 4), (9, 12)])
     (0, 7, 12)

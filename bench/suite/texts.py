@@ -1,4 +1,4 @@
-"""What is done to the text of views: pieces are merged, a survey is read and counted."""
+"""Work on the text of views: merging pieces, reading and counting a survey."""
 
 import re
 
@@ -64,7 +64,7 @@ def measure_merge(bench):
 
 
 def make_survey(bench, nets: int, records: int) -> bytes:
-    """The survey of a real run, and behind it a record of each net, which not all have there."""
+    """The survey of a real run, followed by a record of each net, as some nets have none there."""
     bench.extract_views("surveyed", records - nets, nets=nets)
     survey, names = (
         (bench.scratch / "surveyed" / file).read_bytes() for file in ("connnets.txt", "net.txt")
@@ -74,7 +74,7 @@ def make_survey(bench, nets: int, records: int) -> bytes:
 
 
 def count_survey(bench, survey, rounds: int) -> tuple[float, float]:
-    """The share of mawk's time, and the memory at the peak."""
+    """The share of mawk's time, and the peak memory."""
     mawk = ("/usr/bin/mawk", "-F!", COUNT, survey)
     ways = {"own": (bench.driver, "rank", survey), "mawk": mawk}
     runs = bench.compare(rounds, ways)
@@ -96,7 +96,7 @@ def measure_survey(bench):
                 file.write(text[:header_size])
                 for _ in range(repeats):
                     file.write(text[header_size:])
-            # What takes a tenth of the time is measured ten times as often.
+            # The smaller survey takes a tenth of the time and is measured ten times as often.
             rounds = bench.sizes.repetitions * SURVEY_REPEATS // repeats
             counted[nets] = count_survey(bench, survey, rounds)
         remove(survey)

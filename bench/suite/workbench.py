@@ -1,4 +1,4 @@
-"""Where things are while the suite runs, how commands are timed, and what they are fed with."""
+"""The suite's folders, the timing of commands, and the inputs."""
 
 import dataclasses
 import functools
@@ -25,7 +25,7 @@ class Sizes:
     silent_milliseconds: int
     startups: int
     whole_run_records: int
-    repetitions: int  # of what takes long
+    repetitions: int  # of long measurements
     disk_bytes: int  # at the peak, with some room
 
 
@@ -34,12 +34,12 @@ QUICK = Sizes(4 * 10**7, 30_000, 256 * MIB, 256 * MIB, 10**7, 40, 4_000, 10, 30_
 
 
 class Told(NamedTuple):
-    """What bench-driver tells of itself in its last line."""
+    """The cost that bench-driver prints in its last line."""
 
     seconds: float
     user: float  # seconds of the processor
     system: float
-    waits: float  # how often it went to sleep, to be woken up again
+    waits: float  # how often it went to sleep
     peak: float  # bytes of memory
 
 
@@ -65,7 +65,7 @@ class Workbench:
         return self.build / "bin" / name
 
     def run(self, *command, errors=None, **environment: str) -> Sample:
-        """In the scratch directory, without a status line. A command that fails ends the part."""
+        """Runs it in the scratch directory, without a status line. A failure ends the part."""
         words = [str(word) for word in command]
         streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": errors}
         environment = {**os.environ, "TERM": "dumb", **environment}
@@ -77,14 +77,14 @@ class Workbench:
         return Sample(began, seconds, run.stdout.decode(errors="replace").splitlines())
 
     def compare(self, repetitions: int, measurements: dict, fills_memory: bool = False) -> dict:
-        """The list of results of each command, or function. Each is taken in every round, so that
-        whatever else the machine does meets all of them alike; the order turns with each round.
-        Of what fills the memory there is a round more, which does not count: a virtual machine may
-        have to get back from its host what it has not used for a while."""
+        """The list of results of each command, or function. Each round measures all of them, so
+        that other work of the machine affects all alike; the order changes with each round. If they
+        fill the memory, there is one more round, which does not count: a virtual machine may have
+        to get unused memory back from its host."""
         results: dict = {name: [] for name in measurements}
         for turn in range(repetitions + fills_memory):
             for name in list(measurements)[:: -1 if turn % 2 else 1]:
-                # What one measurement has left to be written must not slow down the next.
+                # Unwritten data of one measurement must not slow down the next.
                 os.sync()
                 measure = measurements[name]
                 results[name].append(measure() if callable(measure) else self.run(*measure))
@@ -94,7 +94,7 @@ class Workbench:
         return results
 
     def tidy(self) -> None:
-        """Leaves nothing but the view files, which several parts use."""
+        """Removes everything but the view files, which several parts use."""
         remove(*(path for path in self.scratch.iterdir() if not path.name.startswith("views")))
 
     def fresh_directory(self, name: str) -> Path:
@@ -103,19 +103,19 @@ class Workbench:
         return self.scratch / name
 
     def hardware_threads(self, number: int) -> dict:
-        """Lets the program see a machine with that many."""
+        """Makes the program see a machine with that many."""
         library = self.build / "tests/endtoend/libsystem_calls.so"
         return {"LD_PRELOAD": str(library), "HARDWARE_THREADS": str(number)}
 
     def make_design(self, records: int, nets: int = 200, seed: int = 1) -> Path:
-        """The only one that there is at a time."""
+        """There is only one at a time."""
         design = self.scratch / "design.mcm"
         options = ("--records", records, "--nets", nets, "--seed", seed)
         self.run(self.program("make-design"), *options, design)
         return design
 
     def extract_views(self, name: str, records: int, seed: int = 1, nets: int = 200) -> list[Path]:
-        """All files that a default run on a made design leaves for packing."""
+        """All files of a default run on a made design that would be packed."""
         command = (self.program("VelExtracta"), self.make_design(records, nets, seed))
         target = self.fresh_directory(name)
         self.run(*command, target, **self.standin, **self.hardware_threads(4))
@@ -123,7 +123,7 @@ class Workbench:
 
     @functools.cached_property
     def view_files(self) -> list[Path]:
-        """Those of as many designs as make up the bytes that are packed."""
+        """The files of enough designs for the bytes to pack."""
         files: list[Path] = []
         for seed in itertools.count(1):
             files += self.extract_views(f"views{seed}", self.sizes.packing_records, seed)
@@ -131,7 +131,7 @@ class Workbench:
                 return files
 
     def write_text(self, path: Path, size: int) -> Path:
-        """The view files, one after the other and over again, until the size is reached."""
+        """The view files one after the other, repeated until the size is reached."""
         with path.open("wb") as target:
             for file in itertools.cycle(self.view_files):
                 target.write(file.read_bytes()[: size - target.tell()])

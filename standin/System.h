@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-// Everything that the stand-in's programs need of the operating system. Texts are UTF-8 or, where
-// the system allows it, any bytes.
+// All system functions that the stand-in's programs need. Texts are UTF-8 or, where the system
+// allows it, any bytes.
 
 namespace standin {
 

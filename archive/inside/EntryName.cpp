@@ -15,7 +15,7 @@ bool isLetter(char character) {
     return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
 }
 
-/// A letter and a colon without a separator behind them begin an ordinary file name.
+/// A letter and a colon are a drive only if a separator follows; otherwise they begin a file name.
 bool startsWithDrive(std::string_view path) {
     return path.size() >= 3 && isLetter(path[0]) && path[1] == ':' &&
            (path[2] == kSeparator || path[2] == '\\');

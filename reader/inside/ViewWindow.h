@@ -37,7 +37,7 @@ private:
 
     const Source read;
     std::vector<char> buffer;
-    // The positions of the first byte of the buffer and of the one behind its last.
+    // The positions of the buffer's first byte and of the byte after its last.
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
 };

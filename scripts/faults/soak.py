@@ -305,7 +305,7 @@ def main():
         description=__doc__,
         formatter_class=argparse.RawDescriptionHelpFormatter,
     )
-    parser.add_argument("seconds", type=float, help="0 for one run, which is told in full")
+    parser.add_argument("seconds", type=float, help="0 for one run, printed in full")
     parser.add_argument("seed", type=int, nargs="?", help="of the first run; else any")
     parser.add_argument("--bin", type=Path, metavar="DIR", help="the built programs; else built")
     parser.add_argument("--inside", action="store_true", help=argparse.SUPPRESS)

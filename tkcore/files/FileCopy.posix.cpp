@@ -21,8 +21,8 @@ void moveFile(const LongFileName& source, const LongFileName& target) {
     if (isMoved()) {
         return;
     }
-    // The system does not replace a file by a directory, or a directory by a file. Remove an empty
-    // directory first.
+    // The system does not replace a file by a directory, or a directory by a file. Remove the old
+    // one first; a directory must be empty.
     const int error = errno;
     const bool isOutOfTheWay =
         (error == EISDIR && unlinkat(to.folder, to.name(), AT_REMOVEDIR) == 0) ||

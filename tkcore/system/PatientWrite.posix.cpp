@@ -25,7 +25,7 @@ bool awaitRoom(int descriptor) noexcept {
         pollfd room{descriptor, POLLOUT, 0};
         const int count = poll(&room, 1, kMillisecondsToWait);
         if (count > 0 || (count < 0 && errno != EINTR)) {
-            return true;  // the write will fail with the reason
+            return true;  // the write succeeds, or fails with the reason
         }
         if (isLast) {
             errno = EINTR;

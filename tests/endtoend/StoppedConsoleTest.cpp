@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A console that takes no text for now, as one on which somebody has selected some.
+/// A console that takes no text at present, because somebody has selected text on it.
 class StoppedConsole : public EndToEnd {
 protected:
     void SetUp() override {

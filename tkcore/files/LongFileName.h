@@ -27,8 +27,8 @@ public:
 
     bool IsInitialized() const noexcept { return path.has_value(); }
 
-    /// Whether the system would take the path for something else than what it says: a device, a
-    /// part of a file, or, as it drops what stands at the end of a name, another file.
+    /// Whether the system would read the path as something else: a device, a part of a file or,
+    /// because it drops some characters at the end of a name, another file.
     bool isReserved() const;
 
     /// Gives the path a trailing separator, so that a file name can be appended to its text.
@@ -60,8 +60,8 @@ private:
     bool isInFolder = false;
 };
 
-/// The path that a user means who has written the text, on the command line or in a variable; none
-/// by an empty one. Every such text becomes a path here.
+/// The path of a user's text, on the command line or in a variable; no path for an empty text.
+/// Every text of a user becomes a path here.
 LongFileName userPath(const AString& text);
 
 /// The path's text in the system's narrow code page.

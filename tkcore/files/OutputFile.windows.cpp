@@ -16,11 +16,11 @@ namespace {
 
 constexpr std::uint32_t kAnyWrite = 0222;
 
-/// Makes the file, or opens it to append to it. Returns 0, or the system's error code; one of
-/// isOpenElsewhere() if it is worth trying again.
+/// Makes the file, or opens it to append to it. Returns 0 or the system's error code. If
+/// isOpenElsewhere() holds for the code, try again.
 DWORD openToWrite(const std::wstring& path, OutputFile::IfThere ifThere, DWORD attributes,
                   Handle& file) {
-    // The right to append alone makes each write go to the end of the file at that moment.
+    // With only the right to append, each write goes to the present end of the file.
     const bool appends = ifThere == OutputFile::IfThere::kAppend;
     const DWORD access = appends ? FILE_APPEND_DATA | SYNCHRONIZE : GENERIC_WRITE;
     const DWORD sharing =
@@ -45,8 +45,8 @@ OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint3
     const DWORD attributes =
         (permissions & kAnyWrite) == 0 ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
     const std::wstring native = nativePath(path, "create");
-    // What is deleted while somebody holds it open is gone when he lets go, and is denied until
-    // then.
+    // A file that is deleted while somebody has it open exists until he closes it; until then the
+    // system denies access.
     const bool mayBeDeleted = ifThere == IfThere::kReplace;
     DWORD error = 0;
     tryForAMoment([&] {

@@ -29,8 +29,8 @@ AString pathText(const boost::filesystem::path& path);
 /// None for a relative text if the current directory has been removed.
 std::optional<AString> absoluteText(const AString& text);
 
-/// Whether the system reads an absolute path, or a name in it, as a device, as a part of a file or as
-/// the name of another file.
+/// Whether the system reads an absolute path, or a name in it, as a device, as a part of a file or
+/// as the name of another file.
 bool isReservedText(const AString& text);
 
 /// An absolute path as other programs of this system expect it, with only the system's own

@@ -44,13 +44,13 @@ bool isPersonAtTerminal() noexcept;
 /// cannot print.
 void printOnTerminal(std::wstring_view text);
 
-/// Writes a short line, which ends in "\n", to an output of the process, with the line end of this
-/// system. Waits like writeTo(), but hardly for a console that takes no text for now: what there is
-/// to do behind the line must get done.
+/// Writes a short line, which ends in "\n", to an output of the process, with the system's line
+/// end. Waits as writeTo() does, but only briefly for a console that takes no text at present, so
+/// that the work after the line gets done.
 void printLine(Stream stream, std::string_view line) noexcept;
 
-/// Waits until consoles have taken all lines, but no longer than until a request to end the program
-/// has come. For the end of the process.
+/// Waits until consoles have taken all lines, but not after a request to end the program. To be
+/// called at the end of the process.
 void finishLines() noexcept;
 
 }  // namespace tkcore

@@ -55,7 +55,7 @@ TEST_F(HeldFile, isWrittenOnceItIsLetGo) {
     const std::jthread end = letGoSoon();
     OutputFile(named("held"), OutputFile::IfThere::kAppend).write(std::string(" still"));
     EXPECT_EQ(readFile(folder / "held"), "older still");
-    // Others may have what they hold deleted, and it is gone when they let go.
+    // Others may allow the deletion of an open file; it is gone when they close it.
     for (const DWORD sharing : {DWORD{FILE_SHARE_READ}, DWORD{FILE_SHARE_DELETE}}) {
         hold(sharing);
         const std::jthread nextEnd = letGoSoon();

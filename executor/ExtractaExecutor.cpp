@@ -129,8 +129,8 @@ bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, cons
         observer.extractionStarted(ViewTypeName(view.viewType), view.path);
     }
     try {
-        ExtractaViewGenerator::runExtracta(tkcore::userPath(designFile), controlFile, generatorOption,
-                                           created, workingDir.name());
+        ExtractaViewGenerator::runExtracta(tkcore::userPath(designFile), controlFile,
+                                           generatorOption, created, workingDir.name());
     } catch (const std::exception& exception) {
         return fail("extracta run failed: ", exception);
     }

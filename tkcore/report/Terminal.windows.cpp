@@ -28,6 +28,8 @@ constexpr wchar_t kFirstWide = 0x1100;
 
 std::atomic<HANDLE> console = nullptr;
 std::atomic<bool> isShown = false;
+/// When it was last waited for, the console had not taken all.
+std::atomic<bool> isStopped = false;
 
 unsigned consoleColumns() noexcept {
     CONSOLE_SCREEN_BUFFER_INFO screen{};
@@ -85,7 +87,6 @@ ConsoleWriter* consoleWriter() noexcept {
 /// Waits for the console; never again after one wait has been too short.
 void waitForConsole() {
     constexpr std::chrono::seconds kPatience{1};
-    static bool isStopped = false;
     isStopped = !consoleWriter()->waitFor(isStopped ? std::chrono::seconds(0) : kPatience);
 }
 
@@ -176,11 +177,8 @@ void printLine(Stream stream, std::string_view line) noexcept {
 
 void finishLines() noexcept {
     constexpr std::chrono::milliseconds kBetweenLooks{100};
-    if (!isConsole(Stream::kErrors) && !isConsole(Stream::kOutput)) {
-        return;  // the writer need not be made for this
-    }
-    while (consoleWriter() != nullptr && !consoleWriter()->waitFor(kBetweenLooks) &&
-           !isEndRequested()) {
+    while (isStopped && !isEndRequested()) {
+        isStopped = !consoleWriter()->waitFor(kBetweenLooks);
     }
 }
 

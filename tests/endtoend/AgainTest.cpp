@@ -1,5 +1,4 @@
 #include <csignal>
-#include <tuple>
 
 #include "endtoend/EndToEnd.h"
 
@@ -87,13 +86,17 @@ INSTANTIATE_TEST_SUITE_P(Extraction, AgainRows, testing::ValuesIn(kRows),
 
 TEST_F(Again, endsAtOnceWithWhatItWaitsFor) {
     environment["EXTRACTA_AGAIN_PAUSE"] = "86399";
-    const std::tuple<std::string, std::string, std::size_t> cases[] = {
-        {kHalf + "sleep 86400000", directory / "extracta", 2}, {kHalf + "exit 3", "86399", 0}};
-    for (const auto& [commands, process, viewsThen] : cases) {
-        prepare({commands});
+    const struct {
+        std::string commands;
+        std::string process;
+        std::size_t viewsThen;
+    } cases[] = {{kHalf + "sleep 86400000", directory / "extracta", 2},
+                 {kHalf + "exit 3", "86399", 0}};
+    for (const auto& expected : cases) {
+        prepare({expected.commands});
         ProgramRun program(command({"-k"}));
-        const bool waits = eventually([&, &process = process, &viewsThen = viewsThen] {
-            return !processesWith(process).empty() && views().size() == viewsThen;
+        const bool waits = eventually([&] {
+            return !processesWith(expected.process).empty() && views().size() == expected.viewsThen;
         });
         kill(program.id(), SIGTERM);
         EXPECT_TRUE(waits);

@@ -118,7 +118,7 @@ void merge(Arguments arguments) {
 void rank(Arguments arguments) {
     const Times begin = timesNow();
     NetSurvey survey;
-    streamViewFile(arguments[0], survey);
+    streamViewFile(tkcore::LongFileName(arguments[0]), survey);
     for (const RankedNet& net : survey.takeRanking(arguments[0])) {
         std::cout << net.recordCount << ' ' << net.netName << '\n';
     }

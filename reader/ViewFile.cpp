@@ -32,15 +32,9 @@ void parse(Iterator first, Iterator last, const std::string& path, ViewReceiver&
                                   std::to_string(receiver.recordCount()) + " S records");
 }
 
-void refuseDirectory(const tkcore::InputFile& file, const std::string& path) {
-    if (file.isDirectory()) {
-        throw std::system_error(std::make_error_code(std::errc::is_a_directory), path);
-    }
-}
-
 std::string readText(const std::string& path) {
     tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
-    refuseDirectory(file, path);
+    file.requireFile();
     std::string text(file.size(), '\0');
     text.resize(file.read(text.data(), text.size()));  // it may have become shorter
     return text;
@@ -68,16 +62,17 @@ void parseViewText(std::string_view text, const std::string& path, ExtractaViewD
     parse(text.cbegin(), text.cend(), path, receiver);
 }
 
-void streamViewFile(const std::string& path, ViewReceiver& receiver) {
+void streamViewFile(const tkcore::LongFileName& file, ViewReceiver& receiver) {
+    const std::string path = VEL_ANSI(file);
     try {
-        tkcore::InputFile file{tkcore::LongFileName(tkcore::AString(path))};
-        refuseDirectory(file, path);
-        std::uint64_t unread = file.size();  // it may be growing
+        tkcore::InputFile input(file);
+        input.requireFile();
+        std::uint64_t unread = input.size();  // it may be growing
         ViewWindow window(
             [&](char* destination, std::size_t size) {
                 tkcore::throwIfInterrupted();
                 const std::size_t wanted = std::min<std::uint64_t>(size, unread);
-                const std::size_t count = file.readSome(destination, wanted);
+                const std::size_t count = input.readSome(destination, wanted);
                 unread -= count;
                 return count;
             },

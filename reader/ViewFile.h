@@ -6,6 +6,7 @@
 #include "reader/ExtractaViewData.h"
 #include "reader/ViewReceiver.h"
 #include "reader/inside/ViewWindow.h"
+#include "tkcore/files/LongFileName.h"
 
 namespace velextracta {
 
@@ -19,7 +20,7 @@ void parseViewText(std::string_view text, const std::string& path, ExtractaViewD
 /// Reads the view file in blocks, up to its size at the time of opening, and gives each record to
 /// the receiver. Only the receiver decides what stays in memory. The failures are the same. A
 /// request to end throws Interrupted.
-void streamViewFile(const std::string& path, ViewReceiver& receiver);
+void streamViewFile(const tkcore::LongFileName& file, ViewReceiver& receiver);
 
 /// Does the same with a text in blocks.
 void streamView(ViewWindow& window, const std::string& path, ViewReceiver& receiver);

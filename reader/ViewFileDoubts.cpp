@@ -27,10 +27,7 @@ class Head final {
 public:
     explicit Head(const tkcore::LongFileName& path) {
         tkcore::InputFile file(path);
-        if (file.isDirectory()) {
-            throw std::system_error(std::make_error_code(std::errc::is_a_directory),
-                                    VEL_ANSI(path));
-        }
+        file.requireFile();
         bytes.resize(kHeadSize);
         bytes.resize(file.read(bytes.data(), bytes.size()));
         rest = bytes;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <system_error>
 
 #include "tkcore/system/Interruption.h"
 
@@ -17,9 +16,7 @@ constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 }  // namespace
 
 ViewFileInput::ViewFileInput(const tkcore::LongFileName& path) : file(path), buffer(kBufferSize) {
-    if (file.isDirectory()) {
-        throw std::system_error(std::make_error_code(std::errc::is_a_directory), VEL_ANSI(path));
-    }
+    file.requireFile();
 }
 
 void ViewFileInput::passLine(const Take& take) {

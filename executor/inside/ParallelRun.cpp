@@ -155,13 +155,13 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
 
 std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets) {
     survey.emplace(designFile, MakeNetListDef(nets), workingDir, generatorOption, kSurveySuffix);
-    const std::string path = VEL_ANSI(survey->waitForViewFile().path);
+    const LongFileName file = fileOf(survey->waitForViewFile());
     directory.requireName();
     NetSurvey connectivity;
-    streamViewFile(path, connectivity);
+    streamViewFile(file, connectivity);
     tkcore::VelDebug(1, "createExtractaControlFileAndViewsMP %d connectivity records\n",
                      connectivity.recordCount());
-    return connectivity.takeRanking(path);
+    return connectivity.takeRanking(VEL_ANSI(file));
 }
 
 /// Whether the net can be split. If not, the remainder covers it.

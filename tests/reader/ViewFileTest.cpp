@@ -53,7 +53,7 @@ std::string readFrom(const std::string& path) {
 std::string streamFrom(const std::string& path) {
     return outcome(path, [&](ExtractaViewData& data) {
         TableReceiver receiver(data);
-        streamViewFile(path, receiver);
+        streamViewFile(tkcore::LongFileName(path), receiver);
     });
 }
 
@@ -162,13 +162,13 @@ protected:
 
 TEST_F(StreamedFile, isReadAsFarAsItWentAndStillGoes) {
     Receiver untilThen([&] { std::ofstream(file, std::ios::app) << "no record"; });
-    streamViewFile(file.string(), untilThen);
+    streamViewFile(tkcore::LongFileName(file.string()), untilThen);
     EXPECT_EQ(untilThen.recordCount(), kRecords);
 
     constexpr std::size_t kLeft = kRecords - 9;
     Receiver untilNow(
         [&] { std::filesystem::resize_file(file, kHeader.size() + kLeft * kRecord.size()); });
-    streamViewFile(file.string(), untilNow);
+    streamViewFile(tkcore::LongFileName(file.string()), untilNow);
     EXPECT_EQ(untilNow.recordCount(), kLeft);
 }
 
@@ -184,7 +184,7 @@ TEST_F(StreamedFile, isReadNoFurtherAfterAnInterruption) {
         });
         int code = 2;
         try {
-            streamViewFile(file.string(), receiver);
+            streamViewFile(tkcore::LongFileName(file.string()), receiver);
         } catch (const tkcore::Interrupted&) {
             code = receiver.recordCount() < kRecords / 2 ? 0 : 1;
         }

@@ -17,9 +17,7 @@ namespace tkcore {
 void copyToNewFile(const LongFileName& source, const LongFileName& target) {
     constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
     InputFile input(source);
-    if (input.isDirectory()) {
-        throwPathFailure(std::make_error_code(std::errc::is_a_directory), "copy", source);
-    }
+    input.requireFile("copy");
     OutputFile output(target, OutputFile::IfThere::kFail, input.permissions());
     std::vector<char> buffer(kBufferSize);
     for (std::size_t count = buffer.size(); count == buffer.size();) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <string_view>
 
 #include "tkcore/files/LongFileName.h"
 
@@ -19,6 +20,8 @@ public:
     ~InputFile();
 
     [[nodiscard]] bool isDirectory() const noexcept { return directory; }
+    /// Throws that the path cannot be read, or whatever the action is, if it is a directory.
+    void requireFile(std::string_view action = "read") const;
     /// In bytes; 0 for a directory.
     [[nodiscard]] std::uint64_t size() const noexcept { return bytes; }
     /// In seconds since 1970, UTC.

@@ -78,8 +78,8 @@ std::vector<AString> PrivateDirectory::contents() const {
 
 void PrivateDirectory::remove() {
     if (name() == Name::kOther) {
-        throw std::system_error(std::make_error_code(std::errc::no_such_file_or_directory),
-                                "cannot remove directory " + VEL_ANSI(heldPath));
+        throwPathFailure(std::make_error_code(std::errc::no_such_file_or_directory),
+                         "remove directory", heldPath);
     }
     std::error_code error;
     tryForAMoment([&] {
@@ -107,7 +107,7 @@ void PrivateDirectory::remove() {
         return isRemoved || wasPatient || reason == ERROR_FILE_NOT_FOUND;
     });
     if (error) {
-        throw std::system_error(error, "cannot remove directory " + VEL_ANSI(heldPath));
+        throwPathFailure(error, "remove directory", heldPath);
     }
 }
 

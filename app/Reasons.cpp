@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kMostLines = 10;
 constexpr std::size_t kLongestLine = 500;
 constexpr std::string_view kReason = "error: ";
+constexpr std::string_view kWarning = "warning: ";
 constexpr std::string_view kLastWords = "uncaught exception";  // the last text of a process
 
 }  // namespace
@@ -30,11 +31,11 @@ Reasons::~Reasons() {
 }
 
 void Reasons::add(std::string_view reason) {
-    if (reason.starts_with(kLastWords)) {
+    if (reason.starts_with(kWarning) || reason.starts_with(kLastWords)) {
         tkcore::printOnTerminal(AString(reason).wide());
     }
     if (!reason.starts_with(kReason)) {
-        return;  // warnings are shown at once
+        return;
     }
     while (!reason.empty()) {
         const std::string_view line = reason.substr(0, reason.find('\n'));

@@ -7,8 +7,9 @@
 
 namespace velextracta {
 
-/// Collects the reasons of a failure during a run and prints them on the terminal afterwards, after
-/// the outcome line. Does nothing without a terminal. The front end owns it.
+/// Prints warnings on the terminal at once, as well as an uncaught exception. Collects the reasons
+/// of a failure during a run and prints them afterwards, after the outcome line. Does nothing
+/// without a terminal. The front end owns it.
 class Reasons final {
 public:
     /// Listens to every text of the log's level 0 from here on.

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 
 #include "tkcore/files/PathStatus.h"
-#include "tkcore/report/Log.h"
 
 namespace velextracta {
 
@@ -69,12 +67,6 @@ void StatusLine::packed(std::uint64_t bytes, std::uint64_t all) {
     isPacking = true;
     packing.note(bytes, all);
     show();
-}
-
-void StatusLine::warned(const AString& text) {
-    if (!tkcore::isLogOnTerminal()) {
-        tkcore::printOnTerminal((AString("warning: ") + text).wide());
-    }
 }
 
 std::chrono::seconds StatusLine::elapsed() const {

@@ -14,8 +14,8 @@
 
 namespace velextracta {
 
-/// Shows the state of a run in one line on the terminal, rewritten at most ten times a second, and
-/// warnings in lines above it. Does nothing without a terminal. The front end owns it.
+/// Shows the state of a run in one line on the terminal, rewritten at most ten times a second. Does
+/// nothing without a terminal. The front end owns it.
 class StatusLine final : public RunObserver {
 public:
     void expected(std::size_t count, bool isAtLeast) override;
@@ -31,7 +31,6 @@ public:
     [[nodiscard]] std::optional<std::size_t> nets() const { return surveyedNets; }
     void merged(std::uint64_t bytes, std::uint64_t all) override;
     void packed(std::uint64_t bytes, std::uint64_t all) override;
-    void warned(const tkcore::AString& text) override;
 
 private:
     using Clock = std::chrono::steady_clock;

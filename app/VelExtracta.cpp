@@ -94,7 +94,7 @@ int run(const Request& request, Stage& stage) {
     StatusLine statusLine;
     ExtractaExecutor executor(statusLine);
     std::vector<ActiveView> activeViews;
-    request.delivery.warnEarly(statusLine);
+    request.delivery.warnEarly();
     if (!executor.createExtractaViews(request.designText, request.delivery.base(), request.views,
                                       request.options.nets, activeViews)) {
         return fail(stage);
@@ -120,8 +120,8 @@ int run(const Request& request, Stage& stage) {
 int answer(int argc, char* argv[]) {
     const std::string_view question = argc == 2 ? argv[1] : "";
     if (question == "--help" || question == "--version") {
-        writeTo(Stream::kOutput, question == "--help" ? std::string(usage()) : versionText());
-        return 0;
+        const std::string text = question == "--help" ? std::string(usage()) : versionText();
+        return writeTo(Stream::kOutput, text) ? 0 : 1;
     }
     VEL_ASSERT(kSource, argc >= 3);
     if (tkcore::isPersonAtTerminal()) {

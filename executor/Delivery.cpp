@@ -1,7 +1,5 @@
 #include "executor/Delivery.h"
 
-#include <algorithm>
-
 #include "executor/inside/OutputCheck.h"
 #include "tkcore/files/PathStatus.h"
 #include "views/ExtractaViewControl.h"
@@ -45,20 +43,20 @@ bool Delivery::concerns(const LongFileName& path) const {
     return isView || isAt(design) || isAt(place);
 }
 
-void Delivery::warnEarly(RunObserver& observer) const {
+void Delivery::warnEarly() const {
     const LongFileName workingPlace(base());
     std::vector<AString> names = expectedFileNames(views);
-    warnAboutAddedFiles(observer, addedFiles, names);
+    warnAboutAddedFiles(addedFiles, names);
     if (form == Form::kArchive) {
-        warnAboutArchive(observer, place, design);
-        warnAboutRoom(observer, {workingPlace, place.folder()}, design);
-        warnAboutDesignsFolder(observer, workingPlace);
+        warnAboutArchive(place, design);
+        warnAboutRoom({workingPlace, place.folder()}, design);
+        warnAboutDesignsFolder(workingPlace);
     } else {
         for (const AString& file : addedFiles) {
             names.push_back(tkcore::userPath(file).name());
         }
-        warnAboutFolder(observer, place, names, design);
-        warnAboutRoom(observer, {workingPlace}, design);
+        warnAboutFolder(place, names, design);
+        warnAboutRoom({workingPlace}, design);
     }
 }
 

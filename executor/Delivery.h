@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "executor/ExtractaExecutor.h"
-#include "process/RunObserver.h"
 #include "tkcore/files/LongFileName.h"
 #include "tkcore/text/AString.h"
 #include "views/ViewType.h"
@@ -32,7 +32,7 @@ public:
 
     /// Warns if the delivery, or a part of it, is certain to fail. The run goes on all the same, as
     /// the user may remove the obstacle meanwhile.
-    void warnEarly(RunObserver& observer) const;
+    void warnEarly() const;
 
     /// Adds the files and delivers everything; false if the delivery has failed.
     [[nodiscard]] bool carryOut(ExtractaExecutor& executor) const;

@@ -47,7 +47,7 @@ void pack(const std::vector<LongFileName>& files, CZipArchive& archive, RunObser
     const std::uint64_t all = totalSize(files);
     std::uint64_t packed = 0;
     archive.reportProgressTo([&](std::uint64_t bytes) { observer.packed(packed += bytes, all); });
-    archive.reportDoubtsTo([&](const std::string& doubt) { warn(observer, doubt); });
+    archive.reportDoubtsTo([&](const std::string& doubt) { tkcore::warn(doubt); });
     for (const LongFileName& file : files) {
         archive.AddNewFile(file, CZipArchive::kDefaultLevel, true, CZipArchive::kSafeSmartness,
                            kReadBufferSize);
@@ -106,39 +106,39 @@ bool ExtractaExecutor::createExtractaViews(const AString& designFile, const AStr
     }
     design = tkcore::userPath(designFile);
     const auto reporting = ExtractaViewGenerator::reportTo(observer);
-    warnAboutNames(observer, nets);
+    warnAboutNames(nets);
     return views.Contains(ViewType::conn)
                ? createExtractaControlFileAndViewsMP(designFile, views, nets, activeViews)
-               : createViewsWithOneProcess(designFile, views, nets, activeViews);
+               : createViewsWithOneProcess(views, nets, activeViews);
 }
 
-bool ExtractaExecutor::createViewsWithOneProcess(const AString& designFile, const ViewSet& views,
+bool ExtractaExecutor::createViewsWithOneProcess(const ViewSet& views,
                                                  const std::vector<AString>& nets,
                                                  std::vector<ActiveView>& activeViews) {
     const LongFileName controlFile = workingDir.name().in(kControlFileName);
     std::ostringstream text;
     WriteControlFile(text, views, nets);
     try {
-        SaveControlFile(text, controlFile);
+        saveControlFile(text, controlFile);
     } catch (const std::system_error& error) {
-        warn(observer, AString(error.what()));
+        tkcore::warn(AString(error.what()));
     }
     std::vector<ActiveView> created;
     CollectViewFiles(views, workingDir.name(), created);
+    observer.expected(created.size(), false);
     for (const ActiveView& view : created) {
         observer.extractionStarted(ViewTypeName(view.viewType), view.path);
     }
     try {
-        ExtractaViewGenerator::runExtracta(tkcore::userPath(designFile), controlFile,
-                                           generatorOption, created, workingDir.name());
+        ExtractaViewGenerator::runExtracta(design, controlFile, generatorOption, created,
+                                           workingDir.name());
     } catch (const std::exception& exception) {
         return fail("extracta run failed: ", exception);
     }
     AString names;
     for (const ActiveView& view : created) {
         observer.extractionFinished(ViewTypeName(view.viewType));
-        warnAboutFile(observer, view.viewType,
-                      workingDir.name().in(MakeViewFileName(view.viewType, "")));
+        warnAboutFile(view.viewType, workingDir.name().in(MakeViewFileName(view.viewType, "")));
         names += (names.empty() ? "" : ",") + ViewTypeName(view.viewType);
     }
     tkcore::VelDebug(1, "Extracta %s finished \n", names);

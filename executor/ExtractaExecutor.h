@@ -60,8 +60,7 @@ public:
     const tkcore::AString& lastError() const { return errorMessage; }
 
 private:
-    bool createViewsWithOneProcess(const tkcore::AString& designFile, const ViewSet& views,
-                                   const std::vector<tkcore::AString>& nets,
+    bool createViewsWithOneProcess(const ViewSet& views, const std::vector<tkcore::AString>& nets,
                                    std::vector<ActiveView>& activeViews);
 
     /// Creates each view with its own process, and connectivity with several.

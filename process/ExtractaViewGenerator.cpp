@@ -50,7 +50,7 @@ ExtractaViewGenerator::ExtractaViewGenerator(const LongFileName& designFile,
                                              const LongFileName& workingDirectory,
                                              bool generatorOption, const AString& givenName)
     : viewType(viewDef.viewType), name(sanitisedName(givenName)), workingDir(workingDirectory) {
-    const LongFileName controlFile = workingDir.in(MakeControlFileName(viewType, name));
+    const LongFileName controlFile = workingDir.in(makeControlFileName(viewType, name));
     writeControlFile(viewDef, controlFile);
     outputFile = workingDir.in(MakeViewFileName(viewType, name));
     arguments = buildExtractaArguments(designFile, controlFile, generatorOption, {outputFile});
@@ -100,7 +100,7 @@ void ExtractaViewGenerator::writeControlFile(const ExtractaViewDef& viewDef,
     std::ostringstream text;
     WriteViewBlock(viewDef, text);
     try {
-        SaveControlFile(text, controlFile);
+        saveControlFile(text, controlFile);
     } catch (const std::system_error& error) {
         tkcore::writeLog(0, "error: ", error.what());
         throw ExtractaParserException("ExtractaViewGenerator failed to write file " +

@@ -40,9 +40,6 @@ public:
     virtual void merged(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
     /// Bytes packed so far, and all bytes of the files to pack.
     virtual void packed(std::uint64_t /*bytes*/, std::uint64_t /*all*/) {}
-
-    /// A doubt about the success of the run.
-    virtual void warned(const tkcore::AString& /*text*/) {}
 };
 
 /// The observer of a run without one.

@@ -32,7 +32,7 @@ std::string filterText(const ExtractaViewDef& definition) {
 
 }  // namespace
 
-void SaveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path) {
+void saveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path) {
     tkcore::OutputFile(path, tkcore::OutputFile::IfThere::kReplace).write(text.str());
 }
 
@@ -64,7 +64,7 @@ AString MakeViewFileName(ViewType viewType, const AString& suffix) {
     return ViewTypeName(viewType) + suffix + ".txt";
 }
 
-AString MakeControlFileName(ViewType viewType, const AString& suffix) {
+AString makeControlFileName(ViewType viewType, const AString& suffix) {
     return "extracta_control_" + MakeViewFileName(viewType, suffix);
 }
 

@@ -15,7 +15,7 @@ namespace velextracta {
 
 /// Writes a control file's text to a new file. Removes anything that has the name, and follows no
 /// link. Throws std::system_error.
-void SaveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path);
+void saveControlFile(const std::ostringstream& text, const tkcore::LongFileName& path);
 
 /// The lines in their order, joined by a line feed and a tab.
 std::string JoinLines(const std::vector<std::string>& lines);
@@ -31,7 +31,7 @@ bool WriteControlFile(std::ostream& out, const ViewSet& views,
 
 /// The names, without folder, of a view's file and of the control file for this view alone.
 tkcore::AString MakeViewFileName(ViewType viewType, const tkcore::AString& suffix);
-tkcore::AString MakeControlFileName(ViewType viewType, const tkcore::AString& suffix);
+tkcore::AString makeControlFileName(ViewType viewType, const tkcore::AString& suffix);
 
 /// The name, without folder, of the control file of several views.
 inline constexpr char kControlFileName[] = "extracta_control.txt";

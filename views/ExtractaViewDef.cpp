@@ -24,7 +24,7 @@ void append(std::vector<std::string>& list, std::span<const std::string_view> te
 
 bool keepUnnamedNets = false;
 
-const std::vector<std::vector<AString>>& ConnectivityClassGroups() {
+const std::vector<std::vector<AString>>& connectivityClassGroups() {
     static const std::vector<std::vector<AString>> kGroups{
         {"CONDUCTOR", "ETCH"}, {"PIN"}, {"VIA CLASS"}};
     return kGroups;
@@ -54,7 +54,7 @@ void ExtractaViewDef::InitDefaults(bool skipDefaultClasses) {
     append(fields, entry->fields);
     append(fields, entry->moreFields);
     if (viewType == ViewType::conn && !skipDefaultClasses) {
-        for (const std::vector<AString>& classes : ConnectivityClassGroups()) {
+        for (const std::vector<AString>& classes : connectivityClassGroups()) {
             AddClassAlternatives(classes);
         }
     }

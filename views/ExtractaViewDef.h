@@ -13,7 +13,7 @@ namespace velextracta {
 inline constexpr std::string_view kNetNameField = "NET_NAME";
 
 /// The classes of the connectivity view, in the groups into which a large net is split.
-const std::vector<std::vector<tkcore::AString>>& ConnectivityClassGroups();
+const std::vector<std::vector<tkcore::AString>>& connectivityClassGroups();
 
 /// Whether to ask for records without a net, too. Nothing sets it.
 extern bool keepUnnamedNets;

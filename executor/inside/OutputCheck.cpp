@@ -11,12 +11,12 @@
 #include <boost/filesystem.hpp>
 
 #include "executor/inside/Packaging.h"
-#include "executor/inside/Warnings.h"
 #include "tkcore/files/FileCopy.h"
 #include "tkcore/files/Path.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/files/ReplacementFile.h"
 #include "tkcore/files/ReplacementTarget.h"
+#include "tkcore/report/Log.h"
 #include "views/ExtractaViewControl.h"
 
 namespace velextracta {
@@ -58,7 +58,7 @@ void refuseToReplace(const LongFileName& file, const LongFileName& design) {
 std::vector<AString> filesOfSplitNets(const LongFileName& folder) {
     static constexpr char kAnyPiece[] = "[0-9]_.*";
     const std::regex pattern(VEL_ANSI(MakeViewFileName(ViewType::conn, kAnyPiece) + "|" +
-                                      MakeControlFileName(ViewType::conn, kAnyPiece)));
+                                      makeControlFileName(ViewType::conn, kAnyPiece)));
     std::vector<AString> names;
     boost::system::error_code error;
     boost::filesystem::directory_iterator entry(tkcore::toPath(folder), error);
@@ -96,7 +96,7 @@ std::vector<AString> expectedFileNames(const ViewSet& views) {
     const auto add = [&](ViewType viewType, const AString& suffix) {
         names.push_back(MakeViewFileName(viewType, suffix));
         if (isSplit) {
-            names.push_back(MakeControlFileName(viewType, suffix));
+            names.push_back(makeControlFileName(viewType, suffix));
         }
     };
     for (std::int32_t n = 0; n < views.GetCount(); ++n) {
@@ -114,25 +114,24 @@ std::vector<AString> expectedFileNames(const ViewSet& views) {
     return names;
 }
 
-void warnAboutArchive(RunObserver& observer, const LongFileName& archive,
-                      const LongFileName& design) {
+void warnAboutArchive(const LongFileName& archive, const LongFileName& design) {
     try {
         refuseDesign(archive, design);
         tryToWrite(archive);
     } catch (const std::exception& failure) {
-        warn(observer, AString("the archive will not be written: ").append(failure.what()));
+        tkcore::warn(AString("the archive will not be written: ").append(failure.what()));
     }
 }
 
-void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
-                     const std::vector<AString>& names, const LongFileName& design) {
+void warnAboutFolder(const LongFileName& folder, const std::vector<AString>& names,
+                     const LongFileName& design) {
     try {
         refuseFolder(folder);
         for (const AString& name : names) {
             refuseToReplace(folder.in(name), design);
         }
     } catch (const std::exception& failure) {
-        return warn(observer, AString("the views will not be moved: ").append(failure.what()));
+        return tkcore::warn(AString("the views will not be moved: ").append(failure.what()));
     }
     const AString remainder = MakeViewFileName(ViewType::conn, kRemainderSuffix);
     const bool splitsNets = std::ranges::find(names, remainder) != names.end();
@@ -141,42 +140,39 @@ void warnAboutFolder(RunObserver& observer, const LongFileName& folder,
             refuseToReplace(folder.in(name), design);
         }
     } catch (const std::exception& failure) {
-        warn(observer, AString("the views may not be moved: ").append(failure.what()));
+        tkcore::warn(AString("the views may not be moved: ").append(failure.what()));
     }
 }
 
-void warnAboutDesignsFolder(RunObserver& observer, const LongFileName& folder) {
+void warnAboutDesignsFolder(const LongFileName& folder) {
     try {
         refuseFolder(folder);
     } catch (const std::exception& failure) {
-        warn(observer, AString("there is no place to work beside the design: ")
-                           .append(failure.what())
-                           .append(". Link the design from a folder of your own, and give that"));
+        tkcore::warn(AString("there is no place to work beside the design: ")
+                         .append(failure.what())
+                         .append(". Link the design from a folder of your own, and give that"));
     }
 }
 
-void warnAboutAddedFiles(RunObserver& observer, const std::vector<AString>& files,
-                         std::vector<AString> names) {
+void warnAboutAddedFiles(const std::vector<AString>& files, std::vector<AString> names) {
     for (const AString& text : files) {
         const LongFileName file = tkcore::userPath(text);
         if (const std::string doubt = doubtAboutAdded(file, names); !doubt.empty()) {
-            warn(observer, "the file " + text + " cannot be added: " + AString(doubt));
+            tkcore::warn("the file " + text + " cannot be added: " + AString(doubt));
         }
         names.push_back(file.name());
     }
 }
 
-void warnAboutRoom(RunObserver& observer, const std::vector<LongFileName>& folders,
-                   const LongFileName& design) {
+void warnAboutRoom(const std::vector<LongFileName>& folders, const LongFileName& design) {
     const std::uint64_t size = tkcore::fileSize(design);
     for (const LongFileName& folder : folders) {
         const tkcore::DiskRoom disk = tkcore::roomIn(folder);
         if (disk.all > 0 && disk.free < size) {
-            return warn(observer,
-                        AString::Format("the disk of %s will hardly hold the views: it has room "
-                                        "for %d MB, and the design alone takes %d MB",
-                                        folder.FilePath(), disk.free / kBytesPerMegabyte,
-                                        size / kBytesPerMegabyte));
+            return tkcore::warn(AString::Format(
+                "the disk of %s will hardly hold the views: it has room "
+                "for %d MB, and the design alone takes %d MB",
+                folder.FilePath(), disk.free / kBytesPerMegabyte, size / kBytesPerMegabyte));
         }
     }
 }

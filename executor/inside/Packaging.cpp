@@ -117,8 +117,8 @@ void copyFiles(const std::vector<AString>& files, const LongFileName& directory)
         if (tkcore::isThere(file)) {
             tkcore::copyToNewFile(file, directory.in(file.name()));
         } else {
-            tkcore::VelDebug(0, "warning: there is no file %s to add: %s", text,
-                             tkcore::statusOf(file).reason.message());
+            tkcore::warn("there is no file " + text +
+                         " to add: " + AString(tkcore::statusOf(file).reason.message()));
         }
     }
 }

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -47,7 +46,7 @@ AString generatorName(std::size_t rank, const AString& net, const std::vector<AS
 
 /// How many extractions may run at the same time: the number in VELTAR_EXTRACTA_LIMIT, from 1 to
 /// 1000, or half the number of hardware threads.
-std::uint32_t extractaLimit(RunObserver& observer) {
+std::uint32_t extractaLimit() {
     constexpr std::uint32_t kHighest = 1000;
     const char* variable = std::getenv("VELTAR_EXTRACTA_LIMIT");
     if (variable == nullptr) {
@@ -58,14 +57,14 @@ std::uint32_t extractaLimit(RunObserver& observer) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     if (!isNumber || limit == 0 || limit > kHighest) {
-        warn(observer,
-             "VELTAR_EXTRACTA_LIMIT is ignored, it is no number from 1 to 1000: " + AString(text));
+        tkcore::warn("VELTAR_EXTRACTA_LIMIT is ignored, it is no number from 1 to 1000: " +
+                     AString(text));
         return concurrentExtractaLimit();
     }
     return limit;
 }
 
-void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString>& nets,
+void warnAboutNetsWithoutRecord(const std::vector<AString>& nets,
                                 const std::vector<RankedNet>& ranked) {
     std::unordered_set<std::string> surveyed;
     std::unordered_set<std::string> selected;
@@ -79,7 +78,7 @@ void warnAboutNetsWithoutRecord(RunObserver& observer, const std::vector<AString
     }
     for (const AString& net : nets) {
         if (!surveyed.contains(VEL_ANSI(net))) {
-            warn(observer, "the selected net \"" + net + "\" has no connectivity record");
+            tkcore::warn("the selected net \"" + net + "\" has no connectivity record");
         }
     }
 }
@@ -93,7 +92,7 @@ ParallelRun::ParallelRun(const LongFileName& design, const WorkingDirectory& wor
       workingDir(directory.name()),
       generatorOption(option),
       observer(runObserver) {
-    ExtractaViewGenerator::maxConcurrentExtractas = extractaLimit(observer);
+    ExtractaViewGenerator::maxConcurrentExtractas = extractaLimit();
 }
 
 ParallelRun::~ParallelRun() {
@@ -131,7 +130,7 @@ void ParallelRun::startOtherViews(const ViewSet& views, const std::vector<AStrin
 void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
     const std::vector<RankedNet> ranked = surveyNets(nets);
     observer.surveyed(ranked.size());
-    warnAboutNetsWithoutRecord(observer, nets, ranked);
+    warnAboutNetsWithoutRecord(nets, ranked);
     std::vector<AString> splitNets;
     for (const RankedNet& candidate : ranked) {
         if (splitNets.size() == kMaxSplitNets) {
@@ -143,7 +142,7 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
     }
     // The other views, the survey, the pieces and the remainder.
     observer.expected(
-        otherGenerators.size() + splitNets.size() * ConnectivityClassGroups().size() + 2, false);
+        otherGenerators.size() + splitNets.size() * connectivityClassGroups().size() + 2, false);
     for (std::size_t rank = 0; rank < splitNets.size(); ++rank) {
         splitNet(rank, splitNets[rank]);
     }
@@ -168,31 +167,30 @@ std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets)
 bool ParallelRun::canHaveProcesses(const AString& net) const {
     if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
         // The line break would add a line to a control file.
-        warn(observer,
-             "the net \"" + net + "\" is left to the remainder: a line break in its name");
+        tkcore::warn("the net \"" + net + "\" is left to the remainder: a line break in its name");
         return false;
     }
     // A control file's name is longer than its view file's. The rank in it has one digit.
     const auto controlFile = [&](const AString& name) {
-        return workingDir.in(MakeControlFileName(ViewType::conn, name));
+        return workingDir.in(makeControlFileName(ViewType::conn, name));
     };
     // If even the remainder's path is long, the extractor must accept long paths anyhow.
     const bool isOrdinary = !tkcore::isTooLongForPrograms(controlFile(kRemainderSuffix));
     const bool isTooLong =
-        std::ranges::any_of(ConnectivityClassGroups(), [&](const std::vector<AString>& classes) {
+        std::ranges::any_of(connectivityClassGroups(), [&](const std::vector<AString>& classes) {
             const LongFileName file = controlFile(sanitisedName(generatorName(0, net, classes)));
             return tkcore::isTooLong(file) || (isOrdinary && tkcore::isTooLongForPrograms(file));
         });
     if (isTooLong) {
-        warn(observer, "the net \"" + net +
-                           "\" is left to the remainder: its name is too long "
-                           "for the name of a file");
+        tkcore::warn("the net \"" + net +
+                     "\" is left to the remainder: its name is too long "
+                     "for the name of a file");
     }
     return !isTooLong;
 }
 
 void ParallelRun::splitNet(std::size_t rank, const AString& net) {
-    for (const std::vector<AString>& classes : ConnectivityClassGroups()) {
+    for (const std::vector<AString>& classes : connectivityClassGroups()) {
         start(connectivityGenerators, MakeNetClassDef(net, classes),
               generatorName(rank, net, classes));
     }
@@ -221,7 +219,7 @@ ActiveView ParallelRun::mergeConnectivity() {
         finished = finishedConnectivityBytes();
         observer.merged(merged, finished);
         merge.append(piece);
-        warnAboutFile(observer, ViewType::conn, piece);
+        warnAboutFile(ViewType::conn, piece);
         observer.merged(merged = mergedThen, finished);  // the header lines included
     }
     return {ViewType::conn, combined.FilePath()};
@@ -230,7 +228,7 @@ ActiveView ParallelRun::mergeConnectivity() {
 void ParallelRun::waitForOtherViews(std::vector<ActiveView>& activeViews) {
     for (const auto& generator : otherGenerators) {
         activeViews.push_back(generator->waitForViewFile());
-        warnAboutFile(observer, activeViews.back().viewType, fileOf(activeViews.back()));
+        warnAboutFile(activeViews.back().viewType, fileOf(activeViews.back()));
     }
 }
 

@@ -10,27 +10,22 @@ namespace velextracta {
 
 using tkcore::AString;
 
-void warn(RunObserver& observer, const AString& text) {
-    tkcore::VelDebug(0, "warning: %s", text);
-    observer.warned(text);
-}
-
-void warnAboutNames(RunObserver& observer, const std::vector<AString>& nets) {
+void warnAboutNames(const std::vector<AString>& nets) {
     for (const AString& net : nets) {
         if (net.wide().starts_with(L' ') || net.wide().ends_with(L' ')) {
-            warn(observer, "the selected net \"" + net + "\" has a blank at an end of its name");
+            tkcore::warn("the selected net \"" + net + "\" has a blank at an end of its name");
         }
         if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
-            warn(observer, "the selected net \"" + net + "\" has a line break in its name");
+            tkcore::warn("the selected net \"" + net + "\" has a line break in its name");
         }
     }
 }
 
-void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file) {
+void warnAboutFile(ViewType viewType, const tkcore::LongFileName& file) {
     const ExtractaViewDef request(viewType, {}, false);
     for (const std::string& doubt : doubtsAboutViewFile(file, request.fields)) {
-        warn(observer, "the view " + ViewTypeName(viewType) + " is doubtful: " + file.FilePath() +
-                           ": " + doubt);
+        tkcore::warn("the view " + ViewTypeName(viewType) + " is doubtful: " + file.FilePath() +
+                     ": " + doubt);
     }
 }
 

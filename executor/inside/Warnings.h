@@ -2,23 +2,19 @@
 
 #include <vector>
 
-#include "process/RunObserver.h"
 #include "tkcore/files/LongFileName.h"
 #include "tkcore/text/AString.h"
 #include "views/ViewType.h"
 
-// Doubts about a run that succeeds nevertheless. Each goes to the log, at the level of failures,
-// and to the observer.
+// Doubts about a run that succeeds nevertheless. See tkcore::warn().
 
 namespace velextracta {
 
-void warn(RunObserver& observer, const tkcore::AString& text);
-
 /// Warns of selected nets whose names look like mistakes: names that begin or end with a blank,
 /// which counts as a part of the name, and names with a line break, which breaks the control file.
-void warnAboutNames(RunObserver& observer, const std::vector<tkcore::AString>& nets);
+void warnAboutNames(const std::vector<tkcore::AString>& nets);
 
 /// Warns of a view whose file is missing, is no view file or has other columns than asked for.
-void warnAboutFile(RunObserver& observer, ViewType viewType, const tkcore::LongFileName& file);
+void warnAboutFile(ViewType viewType, const tkcore::LongFileName& file);
 
 }  // namespace velextracta

@@ -52,7 +52,7 @@ TEST(ControlFile, isForEachPartOfConnectivityTheDocumentedOne) {
     };
     documented("connnets", block(MakeNetListDef({})));
     documented("conn0_GND_CONDUCTOR_ETCH",
-               block(MakeNetClassDef("GND", ConnectivityClassGroups().front())));
+               block(MakeNetClassDef("GND", connectivityClassGroups().front())));
     documented("connremainder",
                block({ViewType::conn, {"GND", "VDD_CORE", "VDDQ", "VDD_IO"}, true}));
     documented("fullgeo-of-two-nets", block({ViewType::fullgeo, {"GND", "VDD_CORE"}, false}));

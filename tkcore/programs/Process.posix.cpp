@@ -62,10 +62,10 @@ bool hasProcessTable() {
     static const bool isOurs = [] {
         const bool found = isProcessTableOurs();
         if (!found) {
-            VelDebug(0,
-                     "warning: /proc does not show this process: of an extraction that has to be "
-                     "ended only its own process group is asked to, and what it has started "
-                     "survives if somebody kills its keeper");
+            warn(
+                "/proc does not show this process: of an extraction that has to be ended only its "
+                "own process group is asked to, and what it has started survives if somebody kills "
+                "its keeper");
         }
         return found;
     }();

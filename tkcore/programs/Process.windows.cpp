@@ -84,8 +84,8 @@ std::wstring folderToStartIn(const AString& wanted) {
     }
     std::array<wchar_t, MAX_PATH + 1> temporary{};
     GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
-    VelDebug(0, "warning: the path of %s is too long for a program to start there: it starts in %s",
-             wanted, temporary.data());
+    warn(AString::Format("the path of %s is too long for a program to start there: it starts in %s",
+                         wanted, temporary.data()));
     return temporary.data();
 }
 

@@ -40,6 +40,11 @@ void VelDebug(int level, const AString& format, const Arguments&... arguments) {
     }
 }
 
+/// Logs a doubt about the success of a run, at the level of failures.
+inline void warn(const AString& text) {
+    writeLog(0, "warning: ", VEL_ANSI(text));
+}
+
 /// From here on an uncaught exception ends the process with its text in the log and nothing on
 /// standard error.
 void logUncaughtExceptions();

@@ -123,8 +123,8 @@ int startInJob(const ProgramStart& start, StartedProcess& started) {
     if (!bringIntoJob(started)) {
         const DWORD reason = GetLastError();
         started.job.close();
-        VelDebug(0, "warning: %s has no job: what it starts may outlive the run: %s", start.program,
-                 systemMessage(static_cast<int>(reason)));
+        warn(AString::Format("%s has no job: what it starts may outlive the run: %s", start.program,
+                             systemMessage(static_cast<int>(reason))));
     }
     ResumeThread(thread.get());
     return 0;

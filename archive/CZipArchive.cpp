@@ -29,8 +29,8 @@ ZipMethod methodFor(std::uint64_t deflatedSize, std::uint64_t originalSize) {
                                                             : ZipMethod::kStored;
 }
 
-/// If so, the whole file shrinks, too, whatever its other pieces do: a piece that does not shrink
-/// grows by a ten-thousandth only.
+/// If the first piece does, the file is deflated without a look at the others. At worst it grows by
+/// a ten-thousandth, as a piece does that does not shrink.
 bool shrinksALot(const Piece& piece) {
     return piece.deflated.size() < piece.original.size() / 8 * 7;
 }

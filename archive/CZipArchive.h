@@ -22,7 +22,7 @@ struct Piece;
 /// and names the path it is about. A failure of AddNewFile() abandons the archive. A request to end
 /// the program makes AddNewFile() fail with tkcore::Interrupted.
 ///
-/// libdeflate deflates, zlib finds the end of a piece, and the container is our own code. The
+/// libdeflate deflates, zlib finds the last block of a piece, and the container is our own code. The
 /// executor makes one object for each archive. It owns the file that is not yet in place.
 ///
 /// A file is deflated in pieces, on the given number of threads, the caller's included. The other
@@ -57,7 +57,7 @@ public:
 
     /// Adds a file as it is now, or a directory as an entry without its contents, under its full
     /// path or the last component of it. Smartness and buffer size change nothing: a file that does
-    /// not shrink is stored anyway. Always returns true.
+    /// not shrink is stored anyway, unless its first piece does by far. Always returns true.
     bool AddNewFile(const std::string& path, int level = kDefaultLevel, bool fullPath = true,
                     int smartness = kSafeSmartness, unsigned long bufferSize = 65536);
     bool AddNewFile(const tkcore::LongFileName& file, int level = kDefaultLevel,

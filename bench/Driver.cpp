@@ -129,7 +129,7 @@ void rank(Arguments arguments) {
 void writeControlFile(Arguments arguments) {
     std::ostringstream text;
     WriteControlFile(text, kStandardViews, {});
-    SaveControlFile(text, tkcore::LongFileName(arguments[0]));
+    saveControlFile(text, tkcore::LongFileName(arguments[0]));
     std::vector<ActiveView> views;
     CollectViewFiles(kStandardViews, {}, views);
     for (const ActiveView& view : views) {

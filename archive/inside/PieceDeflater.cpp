@@ -3,8 +3,6 @@
 #include <cstring>
 #include <new>
 #include <optional>
-#include <stdexcept>
-#include <utility>
 
 #include <libdeflate.h>
 #include <zlib.h>

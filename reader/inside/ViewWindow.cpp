@@ -1,5 +1,6 @@
 #include "reader/inside/ViewWindow.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "reader/inside/FieldParser.h"

@@ -204,6 +204,8 @@ class StatusLine(unittest.TestCase):
                                     cwd=self.folder, env=self.environment, capture_output=True)
             self.assertEqual(bool(silent.stdout), code == 0)
             self.assertEqual(silent.stderr.startswith(shown), "GND" in arguments)
+        with open("/dev/full", "w") as full:
+            self.assertEqual(subprocess.call([BIN / "VelExtracta", "--help"], stdout=full), 1)
         self.assertIn("`-n` stands behind the design: options come first", run.text())
         self.environment["TKCORE_LOG"] = "full"
         run = self.run_("-z", "-cell", "no.mcm", "out.vlx", width=200)

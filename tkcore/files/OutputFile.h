@@ -24,7 +24,6 @@ public:
     OutputFile(const LongFileName& filePath, IfThere ifThere,
                std::uint32_t permissions = kUsualPermissions);
     ~OutputFile();
-    OutputFile(OutputFile&&) noexcept;
 
     void write(std::span<const char> bytes);
 

@@ -49,8 +49,6 @@ OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint3
 
 OutputFile::~OutputFile() = default;
 
-OutputFile::OutputFile(OutputFile&&) noexcept = default;
-
 void OutputFile::write(std::span<const char> bytes) {
     const int descriptor = file->descriptor.get();
     const auto write = [&](std::span<const char> rest) {

@@ -62,8 +62,6 @@ OutputFile::OutputFile(const LongFileName& filePath, IfThere ifThere, std::uint3
 
 OutputFile::~OutputFile() = default;
 
-OutputFile::OutputFile(OutputFile&&) noexcept = default;
-
 void OutputFile::write(std::span<const char> bytes) {
     constexpr std::size_t kMostAtOnce = std::size_t{1} << 30U;  // the system counts in 32 bits
     while (!bytes.empty()) {

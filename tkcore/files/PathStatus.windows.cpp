@@ -95,8 +95,10 @@ PathStatus statusOf(const LongFileName& path) {
     const fs::file_type type = fs::status(native, error).type();
     const std::error_code reason(error.value(), std::system_category());
     switch (type) {
-        case fs::regular_file:
-            return {Kind::kFile, fs::file_size(native, error), {}};
+        case fs::regular_file: {
+            const std::uint64_t size = fs::file_size(native, error);
+            return {Kind::kFile, error ? 0 : size, {}};
+        }
         case fs::directory_file:
             return {Kind::kDirectory, 0, {}};
         case fs::file_not_found:

@@ -23,8 +23,8 @@ public:
 
     virtual void writeAt(std::uint64_t offset, const char* data, std::size_t size) = 0;
     virtual void bringToDisk() = 0;
-    /// Replaces nothing if there was no file at first. Calls the action between the last check of
-    /// the place and the replacement; its exceptions pass through.
+    /// Replaces nothing if there was no file at first. Calls the action after all checks and right
+    /// before the replacement; its exceptions pass through.
     virtual void putInPlace(const std::function<void()>& beforeIt) = 0;
 };
 

@@ -25,8 +25,8 @@ public:
     void remove(ChildProgram& child) noexcept;
 
     /// Returns when a program has printed something or ended, when a request to end has come, or
-    /// after the time. Returns after a millisecond if the system cannot watch one of the programs,
-    /// and at once if there is no program.
+    /// after the time. Returns after a millisecond at most if the system cannot watch one of the
+    /// programs, or if there is none.
     void wait(std::chrono::milliseconds most = std::chrono::milliseconds::max()) noexcept;
 
     /// Collects news without waiting, for callers that do other work meanwhile.

@@ -25,7 +25,10 @@ bool CPipe::CreatePipe() {
     writeEnd->descriptor = FileDescriptor(descriptors[1]);
     // Another process that has the write end can open this end, too, and read the bytes between our
     // look and our read.
-    return fcntl(descriptors[0], F_SETFL, O_NONBLOCK) == 0;
+    if (fcntl(descriptors[0], F_SETFL, O_NONBLOCK) != 0) {
+        Close();
+    }
+    return static_cast<bool>(readEnd->descriptor);
 }
 
 void CPipe::Close() noexcept {

@@ -31,7 +31,7 @@ void throwIfInterrupted();
 /// Sets actions to call before the process is suspended and after it goes on.
 void suspendWith(std::function<void()> beforeIt, std::function<void()> afterIt);
 
-/// Calls throwIfInterrupted() for the last time. When this function has returned, a request to end
+/// Throws Interrupted if a request to end has come. When this function has returned, such a request
 /// is too late: the run delivers its result and ends with 0.
 void passPointOfNoReturn();
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <exception>
 #include <functional>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -151,12 +152,16 @@ bool logTakes(int level) {
     return theLog().takes(level) || (level == 0 && reasonListener());
 }
 
-void writeLog(int level, std::string_view prefix, std::string_view text) {
-    if (theLog().takes(level)) {
-        theLog().write(prefix, text);
-    }
-    if (level == 0 && reasonListener()) {
-        reasonListener()(std::string(prefix).append(text));
+void writeLog(int level, std::string_view prefix, std::string_view text) noexcept {
+    try {
+        if (theLog().takes(level)) {
+            theLog().write(prefix, text);
+        }
+        if (level == 0 && reasonListener()) {
+            reasonListener()(std::string(prefix).append(text));
+        }
+    } catch (const std::bad_alloc&) {
+        return;  // destructors log, too
     }
 }
 

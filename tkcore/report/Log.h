@@ -29,8 +29,8 @@ bool isLogOnTerminal();
 AString doubtAboutLog();
 
 /// Appends the text, narrow and of any bytes, to the log. Its first line begins with the prefix,
-/// every line with the seconds since the start.
-void writeLog(int level, std::string_view prefix, std::string_view text);
+/// every line with the seconds since the start. Without memory the text is lost.
+void writeLog(int level, std::string_view prefix, std::string_view text) noexcept;
 
 /// Trace output; the format is that of AString::Format.
 template <typename... Arguments>

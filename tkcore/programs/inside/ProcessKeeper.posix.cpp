@@ -5,11 +5,13 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <optional>
 #include <span>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -40,6 +42,17 @@ bool dieWith(pid_t parent, int signal) noexcept {
 
 void closeFrom(int lowest) noexcept {
     if (syscall(SYS_close_range, lowest, ~0U, 0U) == 0) {
+        return;
+    }
+    // The limit may be a million.
+    if (DIR* const listing = opendir("/proc/self/fd"); listing != nullptr) {
+        while (const dirent64* const entry = readdir64(listing)) {
+            const long descriptor = std::strtol(entry->d_name, nullptr, 10);
+            if (descriptor >= lowest && entry->d_name[0] != '.' && descriptor != dirfd(listing)) {
+                close(static_cast<int>(descriptor));
+            }
+        }
+        closedir(listing);
         return;
     }
     rlimit limit{};

@@ -36,9 +36,11 @@ AString Delivery::base() const {
 bool Delivery::concerns(const LongFileName& path) const {
     const auto isAt = [&](const LongFileName& other) {
         return tkcore::isSameFile(path, other) ||
-               (path.name() == other.name() && tkcore::isSameFile(path.folder(), other.folder()));
+               (tkcore::isSameName(path.name(), other.name()) &&
+                tkcore::isSameFile(path.folder(), other.folder()));
     };
-    const bool isView = form == Form::kFolder && path.extension() == kViewExtension &&
+    const bool isView = form == Form::kFolder &&
+                        tkcore::isSameName(path.extension(), kViewExtension) &&
                         tkcore::isSameFile(path.folder(), place);
     return isView || isAt(design) || isAt(place);
 }

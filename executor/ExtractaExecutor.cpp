@@ -13,6 +13,7 @@
 #include "executor/inside/ParallelRun.h"
 #include "executor/inside/Warnings.h"
 #include "process/ExtractaViewGenerator.h"
+#include "tkcore/files/FileCopy.h"
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/report/Assertion.h"
 #include "tkcore/report/ExtractaParserException.h"
@@ -180,6 +181,7 @@ bool ExtractaExecutor::zipActiveViews(const AString& outputPath, const AString& 
     VEL_ASSERT_TEXT(kSource, "!fs::is_directory(outpath)", !isDirectory(outpath));
     CZipArchive archive;
     archive.beforeDelivery([&] {
+        tkcore::waitUntilReplaceable({tkcore::followLinks(outpath)});
         refuseDesign(outpath, design);
         tkcore::passPointOfNoReturn();
     });

@@ -73,6 +73,7 @@ std::vector<AString> filesOfSplitNets(const LongFileName& folder) {
 
 /// What is wrong with an added file; empty if nothing.
 std::string doubtAboutAdded(const LongFileName& file, const std::vector<AString>& names) {
+    const auto isTaken = [&](const AString& name) { return tkcore::isSameName(name, file.name()); };
     const tkcore::PathStatus status = tkcore::statusOf(file);
     switch (status.kind) {
         case tkcore::PathStatus::Kind::kNothing:
@@ -80,7 +81,7 @@ std::string doubtAboutAdded(const LongFileName& file, const std::vector<AString>
         case tkcore::PathStatus::Kind::kUnknown:
             return status.reason.message();
         case tkcore::PathStatus::Kind::kFile:
-            return std::ranges::find(names, file.name()) == names.end() ? "" : "its name is taken";
+            return std::ranges::any_of(names, isTaken) ? "its name is taken" : "";
         case tkcore::PathStatus::Kind::kDirectory:
         case tkcore::PathStatus::Kind::kOther:
         default:
@@ -118,6 +119,7 @@ void warnAboutArchive(const LongFileName& archive, const LongFileName& design) {
     try {
         refuseDesign(archive, design);
         tryToWrite(archive);
+        tkcore::requireReplaceable(tkcore::followLinks(archive));
     } catch (const std::exception& failure) {
         tkcore::warn(AString("the archive will not be written: ").append(failure.what()));
     }
@@ -168,7 +170,7 @@ void warnAboutRoom(const std::vector<LongFileName>& folders, const LongFileName&
     const std::uint64_t size = tkcore::fileSize(design);
     for (const LongFileName& folder : folders) {
         const tkcore::DiskRoom disk = tkcore::roomIn(folder);
-        if (disk.all > 0 && disk.free < size) {
+        if (disk.all > 0 && disk.free < size && size >= kBytesPerMegabyte) {
             return tkcore::warn(AString::Format(
                 "the disk of %s will hardly hold the views: it has room "
                 "for %d MB, and the design alone takes %d MB",

@@ -33,8 +33,8 @@ void warnAboutDesignsFolder(const tkcore::LongFileName& folder);
 void warnAboutAddedFiles(const std::vector<tkcore::AString>& files,
                          std::vector<tkcore::AString> names);
 
-/// Warns of the first folder whose disk has less free space than the size of the design. The run
-/// will write to all these folders.
+/// Warns of the first folder whose disk has less free space than the size of the design, if that is
+/// at least a megabyte. The run will write to all these folders.
 void warnAboutRoom(const std::vector<tkcore::LongFileName>& folders,
                    const tkcore::LongFileName& design);
 

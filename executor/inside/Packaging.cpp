@@ -1,7 +1,6 @@
 #include "executor/inside/Packaging.h"
 
 #include <algorithm>
-#include <optional>
 #include <span>
 #include <system_error>
 
@@ -9,7 +8,6 @@
 #include "tkcore/files/PathStatus.h"
 #include "tkcore/report/Log.h"
 #include "tkcore/system/Interruption.h"
-#include "tkcore/system/System.h"
 
 namespace velextracta {
 
@@ -29,26 +27,6 @@ bool isNamedLikeADesign(const LongFileName& path) {
 [[noreturn]] void refuse(const char* reason, const LongFileName& path) {
     throw std::system_error(std::make_error_code(std::errc::operation_not_permitted),
                             reason + VEL_ANSI(path));
-}
-
-/// Throws if a target cannot be replaced. Waits for a moment if only somebody has it open.
-void requireAllReplaceable(const std::vector<LongFileName>& entries, const LongFileName& folder) {
-    std::optional<tkcore::OpenElsewhere> obstacle;
-    tkcore::tryForAMoment([&] {
-        obstacle.reset();
-        tkcore::throwIfInterrupted();
-        try {
-            for (const LongFileName& entry : entries) {
-                tkcore::requireReplaceable(folder.in(entry.name()));
-            }
-        } catch (const tkcore::OpenElsewhere& error) {
-            obstacle = error;
-        }
-        return !obstacle;
-    });
-    if (obstacle) {
-        throw tkcore::OpenElsewhere(*obstacle);
-    }
 }
 
 AString namesOf(std::span<const LongFileName> files) {
@@ -95,10 +73,12 @@ void refuseInside(const LongFileName& directory, const LongFileName& file) {
 
 void moveEntries(const std::vector<LongFileName>& entries, const LongFileName& folder,
                  const LongFileName& design) {
+    std::vector<LongFileName> targets;
     for (const LongFileName& entry : entries) {
-        refuseDesign(folder.in(entry.name()), design);
+        targets.push_back(folder.in(entry.name()));
+        refuseDesign(targets.back(), design);
     }
-    requireAllReplaceable(entries, folder);
+    tkcore::waitUntilReplaceable(targets);
     tkcore::passPointOfNoReturn();
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         try {

@@ -83,6 +83,16 @@ void warnAboutNetsWithoutRecord(const std::vector<AString>& nets,
     }
 }
 
+/// Warns of nets whose files would have paths that are too long, in one line.
+void warnAboutDepth(const std::vector<AString>& nets) {
+    if (!nets.empty()) {
+        const AString others =
+            nets.size() == 1 ? "\" is" : AString::Format("\" and %d others are", nets.size() - 1);
+        tkcore::warn("the net \"" + nets.front() + others +
+                     " left to the remainder: the path of a file would be too long for extracta");
+    }
+}
+
 }  // namespace
 
 ParallelRun::ParallelRun(const LongFileName& design, const WorkingDirectory& workingDirectory,
@@ -132,14 +142,16 @@ void ParallelRun::startConnectivity(const std::vector<AString>& nets) {
     observer.surveyed(ranked.size());
     warnAboutNetsWithoutRecord(nets, ranked);
     std::vector<AString> splitNets;
+    std::vector<AString> tooDeep;
     for (const RankedNet& candidate : ranked) {
         if (splitNets.size() == kMaxSplitNets) {
             break;
         }
-        if (const AString net(candidate.netName); canHaveProcesses(net)) {
+        if (const AString net(candidate.netName); canHaveProcesses(net, tooDeep)) {
             splitNets.push_back(net);
         }
     }
+    warnAboutDepth(tooDeep);
     // The other views, the survey, the pieces and the remainder.
     observer.expected(
         otherGenerators.size() + splitNets.size() * connectivityClassGroups().size() + 2, false);
@@ -163,8 +175,9 @@ std::vector<RankedNet> ParallelRun::surveyNets(const std::vector<AString>& nets)
     return connectivity.takeRanking(VEL_ANSI(file));
 }
 
-/// Whether the net can be split. If not, the remainder covers it.
-bool ParallelRun::canHaveProcesses(const AString& net) const {
+/// Whether the net can be split. If not, the remainder covers it. Adds the net to the others if
+/// that is because of the folder: there may be as many as the design has.
+bool ParallelRun::canHaveProcesses(const AString& net, std::vector<AString>& tooDeep) const {
     if (net.wide().find_first_of(L"\r\n") != std::wstring::npos) {
         // The line break would add a line to a control file.
         tkcore::warn("the net \"" + net + "\" is left to the remainder: a line break in its name");
@@ -176,17 +189,21 @@ bool ParallelRun::canHaveProcesses(const AString& net) const {
     };
     // If even the remainder's path is long, the extractor must accept long paths anyhow.
     const bool isOrdinary = !tkcore::isTooLongForPrograms(controlFile(kRemainderSuffix));
-    const bool isTooLong =
-        std::ranges::any_of(connectivityClassGroups(), [&](const std::vector<AString>& classes) {
-            const LongFileName file = controlFile(sanitisedName(generatorName(0, net, classes)));
-            return tkcore::isTooLong(file) || (isOrdinary && tkcore::isTooLongForPrograms(file));
+    const auto isAny = [&](bool (*isWrong)(const LongFileName&)) {
+        return std::ranges::any_of(connectivityClassGroups(), [&](const auto& classes) {
+            return isWrong(controlFile(sanitisedName(generatorName(0, net, classes))));
         });
-    if (isTooLong) {
+    };
+    if (isAny(tkcore::isTooLong)) {
         tkcore::warn("the net \"" + net +
-                     "\" is left to the remainder: its name is too long "
-                     "for the name of a file");
+                     "\" is left to the remainder: its name is too long for the name of a file");
+        return false;
     }
-    return !isTooLong;
+    if (isOrdinary && isAny(tkcore::isTooLongForPrograms)) {
+        tooDeep.push_back(net);
+        return false;
+    }
+    return true;
 }
 
 void ParallelRun::splitNet(std::size_t rank, const AString& net) {

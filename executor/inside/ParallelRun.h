@@ -42,7 +42,7 @@ private:
     void waitForOtherViews(std::vector<ActiveView>& activeViews);
 
     std::vector<RankedNet> surveyNets(const std::vector<tkcore::AString>& nets);
-    bool canHaveProcesses(const tkcore::AString& net) const;
+    bool canHaveProcesses(const tkcore::AString& net, std::vector<tkcore::AString>& tooDeep) const;
     void splitNet(std::size_t rank, const tkcore::AString& net);
     std::uint64_t finishedConnectivityBytes() const;
     /// The view's file, reached through the working directory.

@@ -1,6 +1,8 @@
 #include "tkcore/files/FileCopy.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include "tkcore/files/Path.h"
 #include "tkcore/files/inside/PathFailure.h"
 #include "tkcore/system/Interruption.h"
+#include "tkcore/system/System.h"
 
 namespace tkcore {
 
@@ -37,6 +40,23 @@ void requireReplaceable(const LongFileName& target) {
                          target);
     }
     requireReplaceableFile(target);
+}
+
+void waitUntilReplaceable(const std::vector<LongFileName>& targets) {
+    std::optional<OpenElsewhere> obstacle;
+    tryForAMoment([&] {
+        obstacle.reset();
+        throwIfInterrupted();
+        try {
+            std::ranges::for_each(targets, requireReplaceable);
+        } catch (const OpenElsewhere& error) {
+            obstacle = error;
+        }
+        return !obstacle;
+    });
+    if (obstacle) {
+        throw OpenElsewhere(*obstacle);
+    }
 }
 
 }  // namespace tkcore

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <system_error>
+#include <vector>
 
 #include "tkcore/files/LongFileName.h"
 
@@ -26,7 +27,11 @@ public:
 /// systems that do not replace open files.
 void requireReplaceable(const LongFileName& target);
 
-/// The part of it that depends on the system, for anything but folders.
+/// Does the same for all the targets, but waits for a moment if only somebody has one open. A
+/// request to end throws Interrupted.
+void waitUntilReplaceable(const std::vector<LongFileName>& targets);
+
+/// The part of requireReplaceable() that depends on the system, for anything but folders.
 void requireReplaceableFile(const LongFileName& target);
 
 }  // namespace tkcore

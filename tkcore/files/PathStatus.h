@@ -32,6 +32,9 @@ std::uint64_t fileSize(const LongFileName& path);
 /// Whether both paths lead to the same file, whatever links and spellings they have.
 bool isSameFile(const LongFileName& left, const LongFileName& right);
 
+/// Whether the system takes both for the same name of a file.
+bool isSameName(const AString& left, const AString& right);
+
 /// The path at which the links of this path end, whether or not there is a file. Links in a circle
 /// are not followed to an end; the next use of the path then fails.
 LongFileName followLinks(const LongFileName& path);

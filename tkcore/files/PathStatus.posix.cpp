@@ -37,6 +37,10 @@ PathStatus statusOf(const LongFileName& path) {
     return {kindOf(status.st_mode), static_cast<std::uint64_t>(status.st_size), {}};
 }
 
+bool isSameName(const AString& left, const AString& right) {
+    return left == right;
+}
+
 bool isSameFile(const LongFileName& left, const LongFileName& right) {
     struct stat leftStatus {};
     struct stat rightStatus {};

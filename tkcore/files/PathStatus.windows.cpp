@@ -115,6 +115,10 @@ PathStatus statusOf(const LongFileName& path) {
     }
 }
 
+bool isSameName(const AString& left, const AString& right) {
+    return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
 bool isSameFile(const LongFileName& left, const LongFileName& right) {
     boost::system::error_code error;
     return isThere(left) && isThere(right) && fs::equivalent(toPath(left), toPath(right), error) &&

@@ -52,7 +52,12 @@ PrivateDirectory::~PrivateDirectory() = default;
 PrivateDirectory::Name PrivateDirectory::name() const {
     BY_HANDLE_FILE_INFORMATION ours{};
     BY_HANDLE_FILE_INFORMATION there{};
-    const Handle opened = openFolder(toPath(heldPath).native());
+    const std::wstring native = toPath(heldPath).native();
+    const Handle opened = openFolder(native);
+    const DWORD error = GetLastError();
+    if (!opened && error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
+        return Name::kOurs;  // as long as we hold it open, nobody else can take its name
+    }
     if (!opened || GetFileInformationByHandle(opened.get(), &there) == 0 ||
         GetFileInformationByHandle(system->folder->handle.get(), &ours) == 0) {
         return Name::kNothing;

@@ -149,7 +149,7 @@ void WindowsTarget::putInPlace(const std::function<void()>& beforeIt) {
     DWORD error = 0;
     tryForAMoment([&] {
         error = rename();
-        return !isOpenElsewhere(error) || isEndRequested();
+        return !isOpenElsewhere(error);
     });
     if (error != 0) {
         fail(error, "replace");

@@ -11,6 +11,7 @@
 #include "tkcore/files/FileCopy.h"
 #include "tkcore/files/InputFile.h"
 #include "tkcore/files/OutputFile.h"
+#include "tkcore/files/PrivateDirectory.h"
 
 namespace {
 
@@ -25,8 +26,8 @@ protected:
         writeFile(folder / "new", "newer");
         hold(0);
     }
-    void hold(DWORD sharing) {
-        scanner = CreateFileW((folder / "held").c_str(), GENERIC_READ, sharing, nullptr,
+    void hold(DWORD sharing, const char* name = "held") {
+        scanner = CreateFileW((folder / name).c_str(), GENERIC_READ, sharing, nullptr,
                               OPEN_EXISTING, 0, nullptr);
         ASSERT_NE(scanner, INVALID_HANDLE_VALUE);
     }
@@ -75,6 +76,16 @@ TEST_F(HeldFile, isReplacedOnceItIsLetGo) {
     const std::jthread end = letGoSoon();
     tkcore::moveFile(named("new"), named("held"));
     EXPECT_EQ(readFile(folder / "held"), "newer");
+}
+
+TEST_F(HeldFile, isRemovedWithItsDirectoryOnceItIsLetGo) {
+    tkcore::PrivateDirectory made(named("made"));
+    writeFile(folder / "made/view", "new");
+    CloseHandle(scanner);
+    hold(FILE_SHARE_READ, "made/view");
+    const std::jthread end = letGoSoon();
+    made.remove();
+    EXPECT_FALSE(std::filesystem::exists(folder / "made"));
 }
 
 TEST_F(HeldFile, isNeitherReadNorReplacedBefore) {

@@ -12,8 +12,8 @@ std::error_code removeTree(const LongFileName& path) {
     boost::system::error_code error;
     const fs::path tree = toPath(path);
     fs::remove_all(tree, error);
-    if (error && fs::is_directory(fs::symlink_status(tree, error))) {
-        boost::system::error_code ignored;
+    boost::system::error_code ignored;
+    if (error && fs::is_directory(fs::symlink_status(tree, ignored))) {
         for (fs::directory_iterator entry(tree, ignored), end; entry != end;
              entry.increment(ignored)) {
             fs::remove_all(entry->path(), ignored);

@@ -126,8 +126,11 @@ int startInJob(const ProgramStart& start, StartedProcess& started) {
         warn(AString::Format("%s has no job: what it starts may outlive the run: %s", start.program,
                              systemMessage(static_cast<int>(reason))));
     }
-    ResumeThread(thread.get());
-    return 0;
+    if (ResumeThread(thread.get()) == static_cast<DWORD>(-1)) {
+        error = GetLastError();
+        TerminateProcess(started.process.get(), 1);
+    }
+    return static_cast<int>(error);
 }
 
 bool endWithJob(const Handle& job, bool wanted) noexcept {

@@ -22,8 +22,8 @@ struct Piece;
 /// and names the path it is about. A failure of AddNewFile() abandons the archive. A request to end
 /// the program makes AddNewFile() fail with tkcore::Interrupted.
 ///
-/// libdeflate deflates, zlib finds the last block of a piece, and the container is our own code. The
-/// executor makes one object for each archive. It owns the file that is not yet in place.
+/// libdeflate deflates, zlib finds the last block of a piece, and the container is our own code.
+/// The executor makes one object for each archive. It owns the file that is not yet in place.
 ///
 /// A file is deflated in pieces, on the given number of threads, the caller's included. The other
 /// threads have ended when AddNewFile() returns. The archive does not depend on their number.

@@ -29,6 +29,7 @@ AString quotedPath(const LongFileName& file) {
 
 [[noreturn]] void throwStartFailure(const AString& executable, int result) {
     constexpr int kNoSuchFile = 2;
+    tkcore::throwIfInterrupted();  // a signal makes a start fail
     const AString reason = tkcore::systemMessage(result);
     const AString obstacle = tkcore::obstacleToStart(VEL_ANSI(executable), result);
     VelDebug(0, "error: cannot start %s: %s%s%s", executable, reason, obstacle.empty() ? "" : ": ",

@@ -14,7 +14,6 @@ using tkcore::VEL_ANSI;
 namespace {
 
 /// More nets than this do not restrict a view: extracta gets no longer lists.
-constexpr std::size_t kMostFilteredNets = 11;
 
 void append(std::vector<std::string>& list, std::span<const std::string_view> texts) {
     list.insert(list.end(), texts.begin(), texts.end());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,9 @@ namespace velextracta {
 
 /// The field with a record's net.
 inline constexpr std::string_view kNetNameField = "NET_NAME";
+
+/// A list of more nets restricts no view.
+inline constexpr std::size_t kMostFilteredNets = 11;
 
 /// The classes of the connectivity view, in the groups into which a large net is split.
 const std::vector<std::vector<tkcore::AString>>& connectivityClassGroups();
@@ -36,8 +40,8 @@ struct ExtractaViewDef final {
     /// class alternatives of conn.
     void InitDefaults(bool skipDefaultClasses);
 
-    /// Selects or excludes nets, if nets can restrict the view. A list of more than 11 nets
-    /// restricts nothing.
+    /// Selects or excludes nets, if nets can restrict the view. A longer list than
+    /// kMostFilteredNets restricts nothing.
     void AddNetFilters(const std::vector<tkcore::AString>& nets, bool exclude);
 
     void AddClassAlternatives(const std::vector<tkcore::AString>& classes);

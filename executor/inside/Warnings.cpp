@@ -11,6 +11,10 @@ namespace velextracta {
 using tkcore::AString;
 
 void warnAboutNames(const std::vector<AString>& nets) {
+    if (nets.size() > kMostFilteredNets) {
+        tkcore::warn(AString::Format("%d nets are selected: more than %d restrict no view",
+                                     nets.size(), kMostFilteredNets));
+    }
     for (const AString& net : nets) {
         if (net.wide().starts_with(L' ') || net.wide().ends_with(L' ')) {
             tkcore::warn("the selected net \"" + net + "\" has a blank at an end of its name");

@@ -10,7 +10,8 @@
 
 namespace velextracta {
 
-/// Warns of selected nets whose names look like mistakes: names that begin or end with a blank,
+/// Warns of more selected nets than a view can be restricted to, and of names that look like
+/// mistakes: names that begin or end with a blank,
 /// which counts as a part of the name, and names with a line break, which breaks the control file.
 void warnAboutNames(const std::vector<tkcore::AString>& nets);
 

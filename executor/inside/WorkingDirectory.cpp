@@ -59,6 +59,8 @@ std::vector<LongFileName> WorkingDirectory::contents() const {
         for (const AString& name : ours->contents()) {
             files.push_back(directory.in(name));
         }
+    } else {
+        tkcore::warn("there is nothing to deliver: nothing is at " + directory.FilePath());
     }
     return files;
 }

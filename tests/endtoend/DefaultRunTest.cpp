@@ -225,6 +225,7 @@ TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
         {"outline=header-only", "GND", "warning: the view outline is doubtful: "},
         {"", "GND,NONE", "warning: the selected net \"NONE\" has no connectivity record"},
         {"", "GND, VDD", "warning: the selected net \" VDD\" has a blank at an end of its name"},
+        {"", "A,B,C,D,E,F,G,H,I,J,K,L", "warning: 12 nets are selected: more than 11 restrict"},
         {"", "GND", ""},
     };
     for (const auto& [fault, nets, warning] : cases) {

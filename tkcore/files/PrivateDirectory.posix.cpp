@@ -48,6 +48,7 @@ struct PrivateDirectory::System final {
     /// Removes the empty directory; returns 0 or the error code.
     [[nodiscard]] int removeFolder() const;
 
+    std::string givenPath;
     std::string givenName;
     std::shared_ptr<OpenFolder> folder = std::make_shared<OpenFolder>();
     struct stat status {};
@@ -60,6 +61,7 @@ PrivateDirectory::PrivateDirectory(const LongFileName& path) : system(std::make_
         fail(EINVAL, "create", path);
     }
     // Allocate memory before creating the directory: after a failure nobody would remove it.
+    system->givenPath = text;
     system->givenName = text.substr(slash + 1);
     heldPath = path.heldOpen(system->folder);
     {
@@ -123,6 +125,11 @@ int PrivateDirectory::System::removeFolder() const {
     // It may have been moved.
     const FileDescriptor parent(openat(descriptor, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct stat found {};
+    if (!parent) {  // perhaps no descriptor is free
+        const int error = errno;
+        const bool isThere = lstat(givenPath.c_str(), &found) == 0 && isThis(found);
+        return isThere && rmdir(givenPath.c_str()) == 0 ? 0 : error;
+    }
     const auto isHere = [&](const char* name) {
         return fstatat(parent.get(), name, &found, AT_SYMLINK_NOFOLLOW) == 0 && isThis(found);
     };

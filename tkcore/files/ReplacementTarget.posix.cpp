@@ -90,7 +90,7 @@ void PosixTarget::findPlace() {
     folderPath = place.folder();
     folder = FileDescriptor(::open(VEL_ANSI(folderPath).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder || name.empty()) {
-        fail(folder ? ENOENT : errno, "create");
+        fail(folder ? EISDIR : errno, "create");
     }
     if (const std::optional<struct stat> older = lookAtPlace()) {
         // Opening is the only test with the same result on every system.

@@ -214,7 +214,7 @@ void killDescendants(bool hasProcessTable) noexcept {
         std::array<pid_t, 256> room;
         const std::size_t count =
             hasProcessTable ? childrenOfThisProcess(room) : childrenByTrial(room);
-        found = killChildren(std::span(room).first(count));
+        found = killChildren(std::span(room).first(count)) && haveChildren();
     }
 }
 

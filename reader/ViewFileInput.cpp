@@ -36,6 +36,7 @@ void ViewFileInput::passLine(const Take& take) {
             return;
         }
     }
+    take(std::string_view("\r").substr(isReturnPending ? 0 : 1));
 }
 
 std::span<const char> ViewFileInput::readBytes() {

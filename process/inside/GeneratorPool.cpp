@@ -10,25 +10,25 @@ void GeneratorPool::startOrQueue(PooledExtraction& extraction) {
     if (hasRoom()) {
         start(extraction);
     } else {
-        waiting.push_back(&extraction);
+        waitingGenerators.push_back(&extraction);
         observer().extractionQueued(extraction.viewName());
     }
 }
 
 void GeneratorPool::start(PooledExtraction& extraction) {
     extraction.startExtracta();
-    running.push_back(&extraction);
+    runningGenerators.push_back(&extraction);
     watch.add(extraction.program());
     observer().extractionStarted(extraction.viewName(), extraction.viewFile().FilePath());
 }
 
 bool GeneratorPool::isQueued(const PooledExtraction& extraction) const {
-    return std::ranges::find(waiting, &extraction) != waiting.end();
+    return std::ranges::find(waitingGenerators, &extraction) != waitingGenerators.end();
 }
 
 void GeneratorPool::leave(PooledExtraction& extraction) noexcept {
     watch.remove(extraction.program());
-    for (Queue* queue : {&waiting, &running}) {
+    for (Queue* queue : {&waitingGenerators, &runningGenerators}) {
         queue->erase(std::remove(queue->begin(), queue->end(), &extraction), queue->end());
     }
 }
@@ -36,12 +36,12 @@ void GeneratorPool::leave(PooledExtraction& extraction) noexcept {
 void GeneratorPool::pollProcesses() {
     tkcore::throwIfInterrupted();
     // Iterate over a copy: reaping removes extractions from the queue.
-    for (PooledExtraction* extraction : Queue(running)) {
+    for (PooledExtraction* extraction : Queue(runningGenerators)) {
         extraction->checkFinished();
     }
-    while (!waiting.empty() && hasRoom()) {
-        PooledExtraction& next = *waiting.front();
-        waiting.pop_front();
+    while (!waitingGenerators.empty() && hasRoom()) {
+        PooledExtraction& next = *waitingGenerators.front();
+        waitingGenerators.pop_front();
         start(next);
     }
 }
@@ -52,7 +52,7 @@ void GeneratorPool::wait() {
 }
 
 void GeneratorPool::requestEnd() const noexcept {
-    for (PooledExtraction* extraction : running) {
+    for (PooledExtraction* extraction : runningGenerators) {
         extraction->program().requestEnd();
     }
 }

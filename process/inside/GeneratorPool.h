@@ -72,15 +72,15 @@ public:
     void requestEnd() const noexcept;
 
 private:
-    bool hasRoom() const { return running.size() < limit; }
+    bool hasRoom() const { return runningGenerators.size() < limit; }
     void start(PooledExtraction& extraction);
 
     /// Takes no memory while it is empty, because the pool exists before main().
     using Queue = boost::container::deque<PooledExtraction*>;
 
     const std::uint32_t& limit;
-    Queue waiting;
-    Queue running;
+    Queue waitingGenerators;
+    Queue runningGenerators;
     tkcore::ChildWatch watch;
     RunObserver* currentObserver = &nobody();
 };

@@ -51,6 +51,7 @@ TEST_F(Merge, putsTheRecordsOfAllUnderTheHeaderOfTheFirst) {
         {{"A!F!\nJ!1!\nS!a!\nS!b!", "A!\r\nJ!\r\nS!c!"}, "A!F!\r\nJ!1!\r\nS!a!\nS!b!S!c!"},
         {{part + "\r\nJ!1!\r\n", part + "\nJ!\r\n"}, part + "\r\nJ!1!\r\n"},
         {{part + "\r" + part + "\r\r\nJ!"}, part + "\r" + part + "\r\r\nJ!\r\n"},
+        {{"A!F!\r\nJ!1!\r", "A!\r\nJ!\r\nS!a!"}, "A!F!\r\nJ!1!\r\r\nS!a!"},
         {{"", "A!\r\nJ!\r\nS!a!\r\n"}, "\r\n\r\nS!a!\r\n"},
         {{"A!F!", "x\r\ny\r\nS!a!\r\n", "A!F!\r\n"}, "A!F!\r\n\r\nS!a!\r\n"},
         {{}, ""},

@@ -1,8 +1,8 @@
 #include "tkcore/files/ReplacementFile.h"
 
+#include <array>
+#include <cstdio>
 #include <random>
-
-#include <boost/format.hpp>
 
 #include "tkcore/files/ReplacementTarget.h"
 #include "tkcore/files/inside/PathFailure.h"
@@ -18,8 +18,12 @@ constexpr std::size_t kBufferSize = std::size_t{1} << 17U;
 }  // namespace
 
 std::string randomHiddenName() {
+    // No stream: the first one in a process is a call of the system, and this is needed between the
+    // point of no return and the delivery.
     std::random_device random;
-    return (boost::format(".unfinished-%08x%08x") % random() % random()).str();
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), ".unfinished-%08x%08x", random(), random());
+    return name.data();
 }
 
 ReplacementFile::ReplacementFile(const LongFileName& filePath)

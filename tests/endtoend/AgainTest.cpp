@@ -39,7 +39,7 @@ protected:
     }
 
     Command command(Strings words) const {
-        words.insert(words.begin(), EXTRACTA_AGAIN);
+        words.insert(words.begin(), EXAMPLES "extracta-again");
         words.insert(words.end(), {"-m", "design.mcm", "control.txt", "first.txt", "second.txt"});
         return {words, environment, directory.path(), {}};
     }

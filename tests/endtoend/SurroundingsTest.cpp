@@ -163,6 +163,25 @@ TEST_F(Surroundings, mayReadFromThePipeThatOneExtractorPrintsTo) {
     EXPECT_EQ(run({"-z", "-cell", "design.mcm", "out.vlx"}).exitCode, 0);
 }
 
+/// srun does so just before it launches a job.
+TEST_F(Surroundings, mayHaveASubmissionThatLosesTheSignal) {
+    const std::string folder = tools.path();
+    const std::string there = "cd " + folder + "; ";
+    writeScript(tools / "srun",
+                "trap '' TERM\nwhile case $1 in --job-name=*) false; esac; do shift; done\n" +
+                    there + ": >waits; until [ -e \"${1#*=}\" ]; do sleep 0.02; done; : >ended\n");
+    writeScript(tools / "scancel", there + ": >\"${1#--name=}\"\n");
+    environment["PATH"] = folder + ":/usr/bin:/bin";
+    environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = EXAMPLES "extracta-slurm";
+    environment["VELTAR_EXTRACTA_LIMIT"] = "1";
+    ProgramRun program(command({"-z", "-cell", "design.mcm", "out.vlx"}));
+    EXPECT_TRUE(eventually([this] { return exists(tools / "waits"); }));
+    kill(program.id(), SIGTERM);
+    EXPECT_EQ(program.wait().exitCode, 128 + SIGTERM);
+    EXPECT_TRUE(exists(tools / "ended"));
+    expectOnly({"design.mcm"});
+}
+
 TEST_F(Surroundings, mayHaveAViewWithoutALineEnd) {
     fs::create_directory(directory / "out");
     useScript("write $run/diestack.txt \ngrow $run/diestack.txt 4000000000\n");

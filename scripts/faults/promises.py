@@ -59,7 +59,10 @@ def allowed_outcomes(plan, code, sent):
 
 
 def delivered_files(plan, site):
-    return site.packed_files(plan.output) if plan.packs else site.folder_files(plan.output)
+    if plan.packs:
+        return site.packed_files(plan.output)
+    # Nothing to deliver may be delivered to a file in the place of the folder.
+    return site.folder_files(plan.output) if (site.path / plan.output).is_dir() else {}
 
 
 def check_delivery(plan, site, wanted, is_whole):

@@ -1,7 +1,13 @@
 // Fuzzes the reader of view files: from memory into a table, and in steps into both receivers.
 
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "fuzz/Fuzzer.h"
 #include "reader/inside/TableReceiver.h"
@@ -85,6 +91,39 @@ std::string readInSteps(std::string_view text, std::size_t mostAtOnce, ExtractaV
     } catch (const tkcore::ExtractaParserException& failure) {
         return failure.message();
     }
+}
+
+/// The ranking of a survey as rankedInSteps() gives it, computed in the simplest way.
+std::string rankedFromTable(std::string_view text, const std::string& path) {
+    ExtractaViewData table;
+    try {
+        parseViewText(text, path, table);
+    } catch (const tkcore::ExtractaParserException& failure) {
+        return failure.message();
+    }
+    const std::uint32_t column = table.columnIndex("NET_NAME");
+    if (column == ExtractaViewData::kNoColumn) {
+        return path + " has no NET_NAME column";
+    }
+    std::map<std::string, std::uint64_t, std::less<>> counts;
+    for (std::size_t number = 0; number < table.records().size(); ++number) {
+        const std::vector<std::string_view> fields(table.records()[number].begin(),
+                                                   table.records()[number].end());
+        if (fields.size() <= column) {
+            return path + " record " + std::to_string(number + 1) +
+                   " is too short for its NET_NAME column";
+        }
+        ++counts[std::string(fields[column])];
+    }
+    std::set<std::pair<std::uint64_t, std::string>, std::greater<>> nets;
+    for (const auto& [name, count] : counts) {
+        nets.emplace(count, name);
+    }
+    std::string ranking;
+    for (const auto& [count, name] : nets) {
+        ranking += std::to_string(count) + " " + name + ", ";
+    }
+    return ranking;
 }
 
 }  // namespace

@@ -136,17 +136,6 @@ TEST_F(CZipArchiveTest, keepsModeAndTimeToTheSecond) {
     EXPECT_EQ(centralField(14, 2), 41U << 9U | 3U << 5U | 4U);  // years since 1980
 }
 
-TEST_F(CZipArchiveTest, keepsTheOrderOfAddingAndOfADirectoryOnlyItsEntry) {
-    fs::create_directory(folder / "sub");
-    writeFile(folder / "sub/inside", "x");
-    writeFile(input, "text");
-    pack({input, folder / "sub"});
-    const auto entries = readArchive(output);
-    ASSERT_EQ(entries.size(), 2U);
-    EXPECT_EQ(entries[1].name, entryNameOf(folder / "sub/"));
-    EXPECT_TRUE(S_ISDIR(entries[1].mode));
-}
-
 TEST_F(CZipArchiveTest, mayBeEmpty) {
     pack({});
     EXPECT_EQ(readFile(output), std::string("PK\x05\x06") + std::string(18, '\0'));

@@ -93,7 +93,7 @@ TEST_F(CellRun, packsEverythingThatIsAddedAsOtherProgramsReadIt) {
     for (const auto& [name, bytes] : added) {
         writeFile(directory / name, bytes);
     }
-    useScript("make-folder folder\nwrite notes.log \n" + goOn());
+    useScript("make-folder folder\nwrite folder/inside x\nwrite notes.log \n" + goOn());
     expectSuccess(run({"-z", "-cell", "-add", "empty,read me.pdf,missing,more,random,mixed,",
                        "design.mcm", "out.vlx"}));
     for (const std::string command :

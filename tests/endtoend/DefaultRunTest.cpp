@@ -195,23 +195,6 @@ TEST_F(DefaultRun, leavesNamesTooLongForAFileToTheRemainder) {
     EXPECT_EQ(started[9], "conn3_E_CONDUCTOR_ETCH");
 }
 
-TEST_F(DefaultRun, takesPiecesWithoutRecordsOrHeader) {
-    makeDesign();
-    for (const char* fault : {"GND=empty-output", "GND=header-only", "remainder=empty-output"}) {
-        environment["EXTRACTA_STANDIN_FAULT"] = fault;
-        environment["TKCORE_LOG"] = "0:-";
-        const Outcome outcome = run({"-z", "design.mcm", "out.vlx"});
-        EXPECT_EQ(outcome.exitCode, 0) << fault;
-        EXPECT_THAT(outcome.errors, testing::HasSubstr("warning: the view conn is doubtful: "))
-            << fault;
-        const std::string conn = packed(directory / "out.vlx").at("conn.txt");
-        EXPECT_EQ(conn.find("S!") == std::string::npos, false) << fault;
-        if (std::string(fault) == "GND=empty-output") {
-            EXPECT_EQ(conn.substr(0, 6), "\r\n\r\nS!");
-        }
-    }
-}
-
 TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
     makeDesign();
     const struct {
@@ -222,6 +205,8 @@ TEST_F(DefaultRun, saysWhatIsDoubtfulOfItsSuccess) {
         {"layer=no-output", "GND", "warning: the view layer is doubtful: "},
         {"paddef=empty-output", "GND", "warning: the view paddef is doubtful: "},
         {"component=half-line", "GND", "warning: the view component is doubtful: "},
+        {"GND=empty-output", "GND", "warning: the view conn is doubtful: "},
+        {"remainder=empty-output", "GND", "warning: the view conn is doubtful: "},
         {"outline=header-only", "GND", "warning: the view outline is doubtful: "},
         {"", "GND,NONE", "warning: the selected net \"NONE\" has no connectivity record"},
         {"", "GND, VDD", "warning: the selected net \" VDD\" has a blank at an end of its name"},

@@ -146,7 +146,6 @@ std::vector<Fault::Row> Fault::rows() {
         {"beforeTheSurvey", kDefault, "exit code 3: bad view", standin("layer=exit:3:bad view")},
         {"inTheSurvey", kDefault, "exit code 4: late", standin("connnets=late-exit:4:late")},
         {"afterTheSurvey", kDefault, "error: extraction of conn2", standin("conn2=exit:5:")},
-        {"killedInTheRemainder", kDefault, "exit code 139", standin("remainder=kill:11")},
         {"whileOthersHang", kDefault, "exit code 7",
          standinBesideOthers("layer=hang;paddef=hang;fullgeo=sleep:300;fullgeo=exit:7:")},
         {"aFlood", kDefault, "exit code 6: ", standin("fullgeo=flood:3000000:6")},
@@ -154,8 +153,6 @@ std::vector<Fault::Row> Fault::rows() {
         {"noSurvey", kDefault, "Could not open file: ", standin("connnets=no-output")},
         {"emptySurvey", kDefault, "after successfully parsing the first 0 S records",
          standin("connnets=empty-output")},
-        {"halfALine", kDefault, "connnets.txt parsing failed", standin("connnets=half-line")},
-        {"headerOnly", kDefault, "connnets.txt parsing failed", standin("connnets=header-only")},
         {"bareLineFeeds", kDefault, "txt parsing failed", standin("connnets=bare-line-feeds")},
         {"noNetNames", kDefault, "connnets.txt has no NET_NAME column",
          survey(R"(A!NET!\r\nJ!x!\r\nS!GND!\r\n)")},
@@ -262,7 +259,6 @@ std::vector<Fault::Row> Fault::rows() {
          }},
         // There is no room.
         {"diskFullInControlFile", kCell, "", mostInAFile(100)},
-        {"diskFullInControlFiles", kDefault, "", mostInAFile(100)},
         {"diskFullInMerge", kDefault, "conn.txt" + isFull, mostInAFile(190'000)},
         {"diskFullInAHiddenArchive", kCell, "out.vlx" + isFull,
          [=](Fault& fault) {
@@ -275,13 +271,10 @@ std::vector<Fault::Row> Fault::rows() {
         {"diskFullInArchive", kCell, "out.vlx" + isFull, mostInAFile(30'000), 1, kNotPacked},
 #ifndef __SANITIZE_ADDRESS__  // the sanitizers' check of types opens a pipe, and needs it
         {"fewDescriptors5", kDefault, "", mostDescriptors(5)},
-        {"fewDescriptors6", kDefault, "", mostDescriptors(6)},
-        {"fewDescriptors8", kDefault, "", mostDescriptors(8)},
         {"fewDescriptors10", kDefault, "", mostDescriptors(10)},
 #endif
         // There is no place for the output.
         {"archiveInNoFolder", packedTo("no/out"), notOpen, nothing, 1, kNotPacked},
-        {"archiveUnderAFile", packedTo("file/out"), notOpen, file("file"), 1, kNotPacked},
         {"archiveInAClosedFolder", packedTo("closed/out"), notOpen, folder("closed", 0555), 1,
          kNotPacked},
         {"archiveInALostFolder", packedTo("out/lost"), notOpen, folderLost, 1, kNotPacked, "out/"},
@@ -447,26 +440,6 @@ TEST_F(Fault, isForetoldOfADiskWithLessRoomThanTheDesignTakes) {
     fs::resize_file(design, 2 * fs::space(directory.path()).available);
     EXPECT_EQ(run(kCell).exitCode, 0);
     EXPECT_NE(readFile(tools / "log").find("warning: the disk of "), std::string::npos);
-}
-
-TEST_F(Fault, neverMixesTheFilesOfTwoRunsInOneSecond) {
-    for (int round = 0; round < 5; ++round) {
-        ProgramRun first(command({"-z", "-cell", "design.mcm", "first.vlx"}));
-        ProgramRun second(command({"-z", "-cell", "design.mcm", "second.vlx"}));
-        const Outcome outcomes[] = {first.wait(), second.wait()};
-        EXPECT_TRUE(outcomes[0].exitCode == 0 || outcomes[1].exitCode == 0);
-        const char* archives[] = {"first.vlx", "second.vlx"};
-        for (int n = 0; n < 2; ++n) {
-            if (outcomes[n].exitCode == 0) {
-                EXPECT_EQ(packed(directory / archives[n]).size(), 5U);
-            } else {
-                EXPECT_EQ(outcomes[n].errors.find("view creation failed (1)."), 0U);
-                EXPECT_FALSE(fs::exists(directory / archives[n]));
-            }
-            fs::remove(directory / archives[n]);
-        }
-        EXPECT_EQ(files(), std::set<std::string>{"design.mcm"});
-    }
 }
 
 }  // namespace

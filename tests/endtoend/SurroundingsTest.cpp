@@ -156,13 +156,6 @@ TEST_F(Surroundings, mayInterruptACopyOfAnAddedFile) {
     }
 }
 
-TEST_F(Surroundings, mayReadFromThePipeThatOneExtractorPrintsTo) {
-    environment["VELTAR_EXTRACTA_PATHOVERRIDE"] = writeScript(
-        tools / "reader", "cat /proc/self/fd/1 >/dev/null & yes | head -c 3000000\nkill $!\nexec " +
-                              std::string(EXTRACTA_STANDIN) + " \"$@\"\n");
-    EXPECT_EQ(run({"-z", "-cell", "design.mcm", "out.vlx"}).exitCode, 0);
-}
-
 /// srun does so just before it launches a job.
 TEST_F(Surroundings, mayHaveASubmissionThatLosesTheSignal) {
     const std::string folder = tools.path();

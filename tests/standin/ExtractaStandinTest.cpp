@@ -63,6 +63,8 @@ TEST_F(ExtractaStandin, refusesWhatTheDesignLacksBeforeItWritesAnything) {
         {"NET\n\n\tCOLOUR = 'x'\n\n\tCLASS\n\nEND\n\n", "the view NET has no field COLOUR"},
         {"NET\n\n\tCLASS\n\nEND\n\nNET\n\n\tCLASS\n\nEND\n\n", "has 3 view blocks, but 2 output"},
         {"rubbish\n", "control.txt: line 7: expected a view keyword"},
+        {"NET\n\n\tCLASS = 'x\n\n\tCLASS\n\nEND\n\n", "line 9: malformed condition"},
+        {"NET\n\n\tCLASS\n", "the file ends inside a view block"},
     };
     for (const auto& [block, complaint] : cases) {
         writeControlFile(good + block);

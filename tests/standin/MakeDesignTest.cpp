@@ -2,23 +2,7 @@
 
 namespace {
 
-class MakeDesign : public Sandbox {
-protected:
-    void make(std::vector<std::string> options) const {
-        options.push_back(there("design.mcm"));
-        const Outcome outcome = makeDesign(options);
-        ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
-    }
-};
-
-TEST_F(MakeDesign, writesTheSameDesignForTheSameSeedOnly) {
-    make({"--records", "500"});
-    const std::string first = read("design.mcm");
-    make({"--records", "500", "--seed", "1", "--nets", "200"});
-    EXPECT_TRUE(read("design.mcm") == first);
-    make({"--records", "500", "--seed", "2"});
-    EXPECT_FALSE(read("design.mcm") == first);
-}
+using MakeDesign = Sandbox;
 
 TEST_F(MakeDesign, refusesBadOptionsAndLeavesNothing) {
     const std::string file = there("sub/design.mcm");

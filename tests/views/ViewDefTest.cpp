@@ -1,14 +1,11 @@
 #include <algorithm>
 #include <cstdint>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "views/ExtractaViewDef.h"
 
 using namespace velextracta;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using tkcore::AString;
 
 namespace {
@@ -44,24 +41,6 @@ TEST(ViewDefinition, turnsNetsIntoConditionsOrAlternativesByTheirNumber) {
         EXPECT_EQ(definition.netAlternatives.size(), expected.netAlternatives);
         EXPECT_EQ(count("CLASS != 'ETCH'") == 1, expected.classExclusions);
     }
-}
-
-TEST(ViewDefinition, asksForNetNamesOnlyInASurvey) {
-    const ExtractaViewDef all = MakeNetListDef({});
-    EXPECT_EQ(all.extractaView, "CONNECTIVITY");
-    EXPECT_THAT(all.fields, ElementsAre("NET_NAME"));
-    EXPECT_THAT(all.conditions, IsEmpty());
-    EXPECT_THAT(all.alternatives, IsEmpty());
-    EXPECT_THAT(MakeNetListDef({"A"}).conditions, ElementsAre("NET_NAME ='A'"));
-    EXPECT_THAT(MakeNetListDef({"A", "it's \xff"}).netAlternatives,
-                ElementsAre("NET_NAME ='A'", "NET_NAME ='it's \xff'"));
-}
-
-TEST(ViewDefinition, hasNoOtherClassesThanThoseOfOneNet) {
-    const ExtractaViewDef pins = MakeNetClassDef("GND", {"PIN"});
-    EXPECT_THAT(pins.conditions, ElementsAre("RAT_CONNECTED != 'YES'", "RAT_CONNECTED != 'NO'",
-                                             "NET_NAME != ''", "NET_NAME ='GND'"));
-    EXPECT_THAT(pins.alternatives, ElementsAre("CLASS = PIN"));
 }
 
 TEST(ViewDefinition, refusesATypeOutsideTheCatalogue) {

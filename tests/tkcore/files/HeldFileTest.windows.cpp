@@ -1,14 +1,12 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
-#include <system_error>
 #include <thread>
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include "support/TemporaryDirectory.h"
-#include "tkcore/files/FileCopy.h"
 #include "tkcore/files/InputFile.h"
 #include "tkcore/files/OutputFile.h"
 #include "tkcore/files/PrivateDirectory.h"
@@ -65,19 +63,6 @@ TEST_F(HeldFile, isWrittenOnceItIsLetGo) {
     }
 }
 
-TEST_F(HeldFile, isMovedOnceItIsLetGo) {
-    const std::jthread end = letGoSoon();
-    tkcore::moveFile(named("held"), named("moved"));
-    EXPECT_EQ(readFile(folder / "moved"), "older");
-}
-
-TEST_F(HeldFile, isReplacedOnceItIsLetGo) {
-    EXPECT_THROW(tkcore::requireReplaceable(named("held")), tkcore::OpenElsewhere);
-    const std::jthread end = letGoSoon();
-    tkcore::moveFile(named("new"), named("held"));
-    EXPECT_EQ(readFile(folder / "held"), "newer");
-}
-
 TEST_F(HeldFile, isRemovedWithItsDirectoryOnceItIsLetGo) {
     tkcore::PrivateDirectory made(named("made"));
     writeFile(folder / "made/view", "new");
@@ -86,13 +71,6 @@ TEST_F(HeldFile, isRemovedWithItsDirectoryOnceItIsLetGo) {
     const std::jthread end = letGoSoon();
     made.remove();
     EXPECT_FALSE(std::filesystem::exists(folder / "made"));
-}
-
-TEST_F(HeldFile, isNeitherReadNorReplacedBefore) {
-    EXPECT_THROW(tkcore::InputFile(named("held")), std::system_error);
-    EXPECT_THROW(tkcore::moveFile(named("new"), named("held")), std::system_error);
-    CloseHandle(scanner);
-    EXPECT_EQ(readFile(folder / "held"), "older");
 }
 
 }  // namespace
